@@ -1,0 +1,72 @@
+// One connection to the host: writes a request, reads the answer. Synchronous and blocking; time
+// limits are socket options that the owner sets for each request.
+//
+// There are no request identifiers: answers belong to requests by order alone. After any
+// ControlClientError the position in the stream is unknown and the client must not be used again.
+// After a coding error it may be: the line was consumed whole.
+// Lifetime: releasing a client does not close its descriptor; the owner calls close().
+// Threads: one at a time; shutdownForAbort alone may come from another thread.
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <string>
+#include <variant>
+
+#include "control/CodingError.h"
+#include "control/ControlRequest.h"
+#include "control/ControlResponse.h"
+#include "control/ControlStreamFrame.h"
+#include "control/ReceiveBuffer.h"
+#include "control/UnixSocket.h"
+
+namespace tarnel {
+
+struct ControlClientError {
+  enum class Kind { malformedResponse, connectionClosed, oversizedResponse, timedOut };
+  Kind kind;
+  std::string detail = {};  // malformedResponse only
+
+  friend bool operator==(const ControlClientError&, const ControlClientError&) = default;
+};
+[[nodiscard]] std::string description(const ControlClientError& error);
+
+using ControlClientFailure = std::variant<ControlClientError, EncodingError, DecodingError>;
+
+class ControlClient {
+ public:
+  [[nodiscard]] static std::expected<ControlClient, UnixSocketError> connect(
+      const std::string& socketPath);
+  explicit ControlClient(int connectedFD) : fd(connectedFD) {}
+
+  // The receive and the send time limit, in seconds; 0 means none. A value that is not finite or
+  // does not fit the socket's time structure is a programming error and ends the process.
+  void setDeadline(double seconds);
+
+  // One request, one response line, decoded.
+  [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> send(
+      const ControlRequest& request);
+  // The same without the decoding: the response line as it came.
+  [[nodiscard]] std::expected<Bytes, ControlClientFailure> exchange(const ControlRequest& request);
+
+  // Writes a request whose answer is a stream; the caller goes on with readFrame.
+  [[nodiscard]] std::expected<void, ControlClientFailure> sendRaw(const ControlRequest& request);
+  [[nodiscard]] std::expected<StreamFrame, ControlClientError> readFrame();
+
+  // Bytes that came without a request: this host does not alternate. Looks, never waits.
+  [[nodiscard]] bool hasUnrequestedBytes() const;
+
+  void close();
+  // Makes a read or write that is blocked in another thread return at once; does not close.
+  void shutdownForAbort();
+
+ private:
+  [[nodiscard]] std::expected<void, ControlClientError> writeAll(BytesView bytes);
+  [[nodiscard]] std::expected<void, ControlClientError> refill();
+  [[nodiscard]] std::expected<Bytes, ControlClientError> readLine();
+
+  int fd;  // closed by close() alone
+  ReceiveBuffer buffer;
+};
+
+}  // namespace tarnel

@@ -1,0 +1,114 @@
+// A strict pull reader of one JSON text (RFC 8259), for texts from a hostile peer.
+//
+// Numbers are read by value, not by spelling: 1.0, 1e2 and -0 are integers when the field takes one
+// and the value fits, exact over all 64 bits. Strings that are read, and every key, must be UTF-8
+// without half surrogate pairs; what no field reads must be JSON, no more. At most maxDepth levels
+// of objects and arrays, the outermost counted.
+//
+// The first failure sticks: every later call does nothing and returns false, so a record reads all
+// its fields and looks at failed() once.
+// Lifetime: refers to the text. A key is valid until the next call. Threads: one reader, one
+// thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "control/CodingError.h"
+#include "control/RawValue.h"
+
+namespace tarnel {
+
+class JsonReader {
+ public:
+  static constexpr int maxDepth = 512;
+
+  explicit JsonReader(std::string_view text) : at(text.data()), end(at + text.size()), begin(at) {}
+
+  [[nodiscard]] bool failed() const { return failure.has_value(); }
+  [[nodiscard]] const DecodingError& error() const { return *failure; }
+  void fail(DecodingError::Kind kind, std::string detail);
+
+  // while (json.nextKey(key)) reads every value; the same for elements.
+  bool enterObject();
+  bool nextKey(std::string_view& key);
+  bool enterArray();
+  bool nextElement();
+  bool takeNull();  // consumes a null; false, with nothing consumed, for anything else
+  void skipValue();
+  void finish();  // fails unless only white space is left
+
+  void read(std::string& out);
+  void read(bool& out);
+  void read(std::int64_t& out);
+  void read(std::uint32_t& out);
+  template <class T>
+  void read(std::vector<T>& out) {
+    if (!enterArray()) return;
+    while (nextElement()) read(out.emplace_back());
+  }
+  template <class Enum>
+    requires std::is_enum_v<Enum>
+  void read(Enum& out) {
+    std::string text;
+    read(text);
+    if (failed()) return;
+    if (const auto value = fromRawValue<Enum>(text)) {
+      out = *value;
+    } else {
+      fail(DecodingError::Kind::dataCorrupted, "unknown value");
+    }
+  }
+  // Any record with `static std::expected<Record, DecodingError> decode(JsonReader&)`.
+  template <class Record>
+    requires requires(JsonReader& json) { Record::decode(json); }
+  void read(Record& out) {
+    if (auto record = Record::decode(*this)) out = std::move(*record);
+  }
+
+ private:
+  struct RawString {
+    std::string_view text;  // between the quotes, escapes as they came
+    bool hasEscape = false;
+    bool isAscii = true;
+  };
+
+  [[nodiscard]] char peek();  // the next character that is not white space; 0 at the end
+  bool take(char expected);
+  bool enter(char open);
+  bool next(char close);  // steps over the comma; false at the end of the object or array
+  bool literal(std::string_view word);
+  [[nodiscard]] std::optional<RawString> rawString();
+  bool decodeString(const RawString& raw, std::string& out);
+  bool unescape(std::string_view raw, std::string& out);
+  [[nodiscard]] std::optional<std::string_view> number();
+  [[nodiscard]] std::optional<std::int64_t> integer();
+  void corrupted(const char* what);
+
+  const char* at;
+  const char* end;
+  const char* begin;
+  int depth = 0;
+  bool fresh = false;   // just after the opening bracket
+  std::string scratch;  // a key with escapes
+  std::optional<DecodingError> failure;
+};
+
+// The whole text as one record.
+template <class Record>
+[[nodiscard]] std::expected<Record, DecodingError> readJson(std::string_view text) {
+  JsonReader json(text);
+  auto record = Record::decode(json);
+  json.finish();
+  if (json.failed()) return std::unexpected(json.error());
+  return record;
+}
+
+}  // namespace tarnel

@@ -1,0 +1,31 @@
+// Where this system's sockets differ from another's. The one file of the project with such
+// differences (close-on-exec at creation, broken-pipe signals, credentials of a peer).
+#pragma once
+
+#include <sys/types.h>
+
+#include "control/Bytes.h"
+#include "control/UniqueFd.h"
+
+namespace tarnel {
+
+// A stream socket of the Unix domain, closed on exec; invalid with errno set on failure.
+[[nodiscard]] UniqueFd makeUnixStreamSocket();
+
+// One connection from a listening descriptor; itself blocking and closed on exec. Invalid with
+// errno set when there is none.
+[[nodiscard]] UniqueFd acceptConnection(int listenFD);
+
+void setNonBlocking(int fd, bool on);
+
+// write() to a socket whose peer may have gone: EPIPE, never the signal.
+[[nodiscard]] ssize_t writeWithoutSignal(int fd, BytesView bytes);
+
+// True when the process at the other end runs as this process's user or as root. A peer that cannot
+// be told is not trusted.
+[[nodiscard]] bool peerIsTrusted(int fd);
+
+// True when at least one byte can be read now. Does not wait and does not read it.
+[[nodiscard]] bool hasReadableByte(int fd);
+
+}  // namespace tarnel

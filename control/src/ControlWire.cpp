@@ -1,0 +1,11 @@
+#include "control/ControlWire.h"
+
+namespace tarnel::ControlWire {
+
+std::expected<std::string, EncodingError> detail::finishFrame(JsonWriter& json) {
+  auto text = json.finish();
+  if (text) text->push_back('\n');
+  return text;
+}
+
+}  // namespace tarnel::ControlWire

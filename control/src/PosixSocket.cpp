@@ -1,0 +1,81 @@
+#include "control/PosixSocket.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "control/UnixSocket.h"
+
+namespace tarnel {
+
+void setNonBlocking(int fd, bool on) {
+  const int flags = ::fcntl(fd, F_GETFL);
+  ::fcntl(fd, F_SETFL, on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
+}
+
+#if defined(__linux__)
+
+UniqueFd makeUnixStreamSocket() {
+  return UniqueFd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+}
+
+UniqueFd acceptConnection(int listenFD) {
+  return UniqueFd(::accept4(listenFD, nullptr, nullptr, SOCK_CLOEXEC));
+}
+
+void setNoSIGPIPE(int) {}  // writeWithoutSignal carries MSG_NOSIGNAL instead
+
+ssize_t writeWithoutSignal(int fd, BytesView bytes) {
+  return ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+}
+
+bool peerIsTrusted(int fd) {
+  ucred peer{};
+  socklen_t length = sizeof peer;
+  if (::getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &length) != 0) return false;
+  return peer.uid == ::geteuid() || peer.uid == 0;
+}
+
+#else
+
+namespace {
+UniqueFd closedOnExec(int fd) {
+  if (fd >= 0) ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+  return UniqueFd(fd);
+}
+}  // namespace
+
+UniqueFd makeUnixStreamSocket() { return closedOnExec(::socket(AF_UNIX, SOCK_STREAM, 0)); }
+
+UniqueFd acceptConnection(int listenFD) {
+  UniqueFd fd = closedOnExec(::accept(listenFD, nullptr, nullptr));
+  if (fd.valid()) setNonBlocking(fd.get(), false);  // inherited from the listener here
+  return fd;
+}
+
+void setNoSIGPIPE(int fd) {
+  const int on = 1;
+  ::setsockopt(fd, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+}
+
+ssize_t writeWithoutSignal(int fd, BytesView bytes) {
+  return ::write(fd, bytes.data(), bytes.size());
+}
+
+bool peerIsTrusted(int fd) {
+  uid_t uid = 0;
+  gid_t gid = 0;
+  if (::getpeereid(fd, &uid, &gid) != 0) return false;
+  return uid == ::geteuid() || uid == 0;
+}
+
+#endif
+
+bool hasReadableByte(int fd) {
+  char byte = 0;
+  return ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
+}  // namespace tarnel

@@ -1,0 +1,97 @@
+#include "fs/TarnelFileSystem.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+#include "control/DualControlClient.h"
+#include "fs/ControlFabricSource.h"
+#include "fs/FSIdentity.h"
+#include "seam/VolumeLog.h"
+
+namespace tarnel {
+namespace {
+
+std::string homeDirectory() {
+  if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
+  const passwd* const user = ::getpwuid(::getuid());
+  return user != nullptr ? user->pw_dir : "/";
+}
+
+// Milliseconds since 1970, truncated toward zero. A clock that cannot be told so ends the process.
+std::int64_t nowMs() {
+  const std::chrono::duration<double> sinceEpoch =
+      std::chrono::system_clock::now().time_since_epoch();
+  const double ms = std::trunc(sinceEpoch.count() * 1000);
+  constexpr double limit = 9'223'372'036'854'775'808.0;  // 2^63
+  if (!std::isfinite(ms) || ms < -limit || ms >= limit) std::abort();
+  return static_cast<std::int64_t>(ms);
+}
+
+std::string joined(const std::vector<std::string>& options) {
+  std::string text;
+  for (const std::string& option : options) {
+    if (!text.empty()) text += ' ';
+    text += option;
+  }
+  return text;
+}
+
+}  // namespace
+
+TarnelFileSystem::TarnelFileSystem(std::string socketPath)
+    : givenSocketPath(std::move(socketPath)) {}
+
+std::string TarnelFileSystem::socketPath() const {
+  return givenSocketPath.empty() ? TarnelFSKitSocket::appexPath(homeDirectory()) : givenSocketPath;
+}
+
+void TarnelFileSystem::probeResource(const Resource&, const ProbeReply& reply) const {
+  reply({.isUsable = true,
+         .name = std::string(FSIdentity::shortName()),
+         .containerID = FSIdentity::uuid()},
+        std::nullopt);
+}
+
+void TarnelFileSystem::loadResource(const Resource& resource, const TaskOptions& options,
+                                    const VolumeReply& reply) {
+  log().loadResource(resource.typeName());
+  const std::string path = socketPath();
+  if (!options.taskOptions.empty()) log().mountOptions(joined(options.taskOptions));
+  auto client = std::make_shared<DualControlClient>(
+      path, metadataTimeout, bulkTimeout, std::string(clientLabel), std::make_shared<TaskPool>());
+  auto loaded = FabricVolume::make(FSIdentity::uuid(), std::string(volumeName),
+                                   std::make_shared<ControlFabricSource>(std::move(client)),
+                                   ::getuid(), ::getgid(), nowMs());
+  std::shared_ptr<FabricVolume> replaced = loaded;
+  {
+    MutexLock hold(lock);
+    std::swap(volume, replaced);
+    status = ContainerStatus::ready;
+  }
+  log().loaded(volumeName, path);
+  reply(std::move(loaded), std::nullopt);
+}
+
+void TarnelFileSystem::unloadResource(const Resource&, const TaskOptions&,
+                                      const ErrorReply& reply) {
+  std::shared_ptr<FabricVolume> forgotten;
+  {
+    MutexLock hold(lock);
+    std::swap(volume, forgotten);
+  }
+  if (forgotten) forgotten->cancelAll();
+  log().unloaded();
+  reply(std::nullopt);
+}
+
+ContainerStatus TarnelFileSystem::containerStatus() const {
+  MutexLock hold(lock);
+  return status;
+}
+
+}  // namespace tarnel

@@ -1,0 +1,73 @@
+#include "host/AccountNames.h"
+
+#include <grp.h>
+#include <pwd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "control/Text.h"
+
+namespace tarnel {
+namespace {
+
+constexpr std::size_t firstBuffer = 4'096;
+constexpr std::size_t largestBuffer = 1'048'576;  // a group's record lists its members
+
+// ask(buffer, size, name) returns what getpwuid_r does.
+template <class Ask>
+std::string nameOrNumber(unsigned long number, Ask ask) {
+  const char* name = nullptr;
+  std::vector<char> buffer;
+  int error = ERANGE;
+  for (std::size_t size = firstBuffer; error == ERANGE && size <= largestBuffer; size *= 4) {
+    buffer.resize(size);
+    error = ask(buffer.data(), size, name);
+  }
+  if (error != 0 || name == nullptr || !isValidUtf8(name)) return std::to_string(number);
+  return name;
+}
+
+std::string askOwner(uid_t uid) {
+  return nameOrNumber(uid, [uid](char* buffer, std::size_t size, const char*& name) {
+    passwd record;
+    passwd* found = nullptr;
+    const int error = ::getpwuid_r(uid, &record, buffer, size, &found);
+    if (found != nullptr) name = found->pw_name;
+    return error;
+  });
+}
+
+std::string askGroup(gid_t gid) {
+  return nameOrNumber(gid, [gid](char* buffer, std::size_t size, const char*& name) {
+    ::group record;
+    ::group* found = nullptr;
+    const int error = ::getgrgid_r(gid, &record, buffer, size, &found);
+    if (found != nullptr) name = found->gr_name;
+    return error;
+  });
+}
+
+}  // namespace
+
+std::string AccountNames::owner(uid_t uid) {
+  {
+    MutexLock hold(lock);
+    if (const auto known = owners.find(uid); known != owners.end()) return known->second;
+  }
+  std::string name = askOwner(uid);
+  MutexLock hold(lock);
+  return owners.try_emplace(uid, std::move(name)).first->second;
+}
+
+std::string AccountNames::group(gid_t gid) {
+  {
+    MutexLock hold(lock);
+    if (const auto known = groups.find(gid); known != groups.end()) return known->second;
+  }
+  std::string name = askGroup(gid);
+  MutexLock hold(lock);
+  return groups.try_emplace(gid, std::move(name)).first->second;
+}
+
+}  // namespace tarnel

@@ -1,0 +1,106 @@
+#include "host/DirectoryLister.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+#include "AnswerLine.h"
+#include "HostStatus.h"
+#include "control/Text.h"
+
+namespace tarnel {
+namespace {
+
+constexpr std::string_view closing = "]}\n";
+
+struct CloseDirectory {
+  void operator()(DIR* stream) const { ::closedir(stream); }
+};
+using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
+
+bool isDotEntry(std::string_view name) { return name == "." || name == ".."; }
+
+}  // namespace
+
+HostResult<Listing> DirectoryLister::run() {
+  auto opened = resolver.openDirectory(path);
+  if (!opened) return std::unexpected(opened.error());
+  struct stat status;
+  if (::fstat(opened->get(), &status) != 0) return std::unexpected(refusalFor(errno));
+  directory = fileId(status);
+  const DirectoryStream stream(::fdopendir(opened->get()));
+  if (!stream) return std::unexpected(refusalFor(errno));
+  directoryFD = opened->release();  // the stream's now
+  json.beginObject();
+  json.field("status", "ok");
+  json.key(options.namesOnly ? "names" : "entries");
+  json.beginArray();
+  if (auto done = writeEntries(stream.get()); !done) return std::unexpected(done.error());
+  json.endArray();
+  json.endObject();
+  return Listing{.line = answerLine(json), .namesLeftOut = namesLeftOut};
+}
+
+HostResult<void> DirectoryLister::writeEntries(DIR* stream) {
+  while (!isComplete()) {
+    errno = 0;  // readdir tells the end from a failure by errno alone
+    const dirent* next = ::readdir(stream);
+    if (next == nullptr) {
+      if (errno != 0) return std::unexpected(refusalFor(errno));
+      return {};
+    }
+    if (isDotEntry(next->d_name)) continue;
+    if (!isValidUtf8(next->d_name)) {
+      ++namesLeftOut;
+      continue;
+    }
+    if (auto done = writeEntry(next->d_name); !done) return done;
+  }
+  return {};
+}
+
+HostResult<void> DirectoryLister::writeEntry(const char* name) {
+  const auto status = statusOf(name);
+  if (!status) return std::unexpected(status.error());
+  if (!*status) return {};
+  if (options.namesOnly) {
+    json.value(ControlName(name, S_ISDIR((*status)->st_mode)));
+  } else {
+    fillControlStat(entry, name, **status, accounts);
+    json.value(entry);
+  }
+  ++written;
+  if (json.size() + closing.size() > options.maxAnswerBytes) {
+    return std::unexpected(Refusal::listingTooLarge);
+  }
+  return {};
+}
+
+HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* name) {
+  struct stat status;
+  if (::fstatat(directoryFD, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    // A directory that may be read but not entered refuses every entry alike: an empty listing
+    // would be untrue. Anything else is this entry's own, mostly that it has just gone.
+    if (errno == EACCES) return std::unexpected(Refusal::permissionDenied);
+    return std::nullopt;
+  }
+  if (S_ISLNK(status.st_mode)) return throughLink(name);
+  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return std::nullopt;
+  if (status.st_dev != directory.device && resolver.isForeign(status.st_dev)) return std::nullopt;
+  return status;
+}
+
+std::optional<struct stat> DirectoryLister::throughLink(const char* name) {
+  if (!walk) walk.emplace(resolver.enter(path));
+  // Another directory may stand at the path by now; its links are not this one's.
+  if (!*walk || (*walk)->id() != directory) return std::nullopt;
+  const auto target = (*walk)->look(name);
+  if (!target) return std::nullopt;
+  return target->status;
+}
+
+bool DirectoryLister::isComplete() const { return options.limit && written >= *options.limit; }
+
+}  // namespace tarnel

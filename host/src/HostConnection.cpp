@@ -1,0 +1,41 @@
+#include "HostConnection.h"
+
+#include <cerrno>
+
+#include "AnswerLine.h"
+#include "control/ControlWire.h"
+#include "control/PosixSocket.h"
+
+namespace tarnel {
+
+void HostConnection::serve() {
+  while (true) {
+    if (const auto line = received.takeLine()) {
+      if (line->size() + 1 > ControlWire::maxFrameBytes || !answer(*line)) return;
+      continue;
+    }
+    if (received.size() >= ControlWire::maxFrameBytes) return;
+    const ssize_t count = received.fill(fd);
+    if (count == 0 || (count < 0 && errno != EINTR)) return;
+  }
+}
+
+bool HostConnection::answer(BytesView line) {
+  const auto request = ControlWire::decode<ControlRequest>(line);
+  if (!request) return writeAll(answerLine(Refusal::malformedRequest));
+  return writeAll(responder.answer(*request, readBuffer));
+}
+
+bool HostConnection::writeAll(BytesView bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = writeWithoutSignal(fd, bytes);
+    if (count > 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    } else if (count == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace tarnel

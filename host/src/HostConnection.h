@@ -1,0 +1,29 @@
+// One connection: reads request lines and writes an answer to each, in order, until the client
+// hangs up or sends a line longer than ControlWire::maxFrameBytes with its line feed. A line that
+// is no request is answered with an error and the connection goes on. Threads: one connection, one
+// thread; its socket may be shut down from another. Borrows the descriptor.
+#pragma once
+
+#include "HostResponder.h"
+#include "control/Bytes.h"
+#include "control/ReceiveBuffer.h"
+
+namespace tarnel {
+
+class HostConnection {
+ public:
+  HostConnection(int connectedFD, HostResponder& answers) : fd(connectedFD), responder(answers) {}
+
+  void serve();
+
+ private:
+  [[nodiscard]] bool answer(BytesView line);
+  [[nodiscard]] bool writeAll(BytesView bytes);
+
+  const int fd;
+  HostResponder& responder;
+  ReceiveBuffer received;
+  Bytes readBuffer;  // kept from one read request to the next
+};
+
+}  // namespace tarnel

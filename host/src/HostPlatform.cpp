@@ -1,0 +1,58 @@
+#include "HostPlatform.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#if defined(__linux__)
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#endif
+
+namespace tarnel {
+
+#if defined(__linux__)
+
+UniqueFd openBeneath(int root, const char* path, int flags) {
+  open_how how{};
+  how.flags = static_cast<unsigned>(flags);
+  how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_SYMLINKS | RESOLVE_NO_XDEV;
+  return UniqueFd(static_cast<int>(::syscall(SYS_openat2, root, path, &how, sizeof how)));
+}
+
+int namingFlags() { return O_PATH | O_CLOEXEC; }
+int directoryNamingFlags() { return O_PATH | O_DIRECTORY | O_CLOEXEC; }
+
+timespec modificationTime(const struct stat& status) { return status.st_mtim; }
+
+#else
+
+UniqueFd openBeneath(int, const char*, int) {
+  errno = ENOSYS;
+  return UniqueFd();
+}
+
+int namingFlags() { return O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC; }
+int directoryNamingFlags() { return O_RDONLY | O_DIRECTORY | O_CLOEXEC; }
+
+timespec modificationTime(const struct stat& status) { return status.st_mtimespec; }
+
+#endif
+
+bool mustWalk(int error) {
+  switch (error) {
+    case ELOOP:
+    case EXDEV:
+    case ENOTDIR:
+    case ENAMETOOLONG:
+    case EAGAIN:
+    case ENOSYS:
+    case EPERM:  // sandboxes refuse calls that they do not know with this
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace tarnel

@@ -1,0 +1,127 @@
+#include "HostResponder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "AnswerLine.h"
+#include "FileRange.h"
+#include "HostStatus.h"
+#include "control/ControlResponse.h"
+#include "control/JsonWriter.h"
+#include "host/DirectoryLister.h"
+
+namespace tarnel {
+namespace {
+
+// A name may hold line feeds and terminal sequences; a log line must not.
+std::string printable(std::string_view text) {
+  std::string shown(text);
+  std::replace_if(
+      shown.begin(), shown.end(),
+      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, '?');
+  return shown;
+}
+
+// The answer's line is at most this long: four characters for three bytes, a backslash for each
+// that is a slash, and the keys around them.
+std::size_t lineBound(std::size_t bytes) { return (bytes + 2) / 3 * 8 + 64; }
+
+}  // namespace
+
+Bytes HostResponder::answer(const ControlRequest& request, Bytes& readBuffer) {
+  auto line = dispatch(request, readBuffer);
+  return line ? std::move(*line) : answerLine(line.error());
+}
+
+HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request, Bytes& readBuffer) {
+  switch (request.op) {
+    case ControlOp::shares:
+      return shares();
+    case ControlOp::stat:
+      return stat(request);
+    case ControlOp::list:
+      return list(request);
+    case ControlOp::read:
+      return read(request, readBuffer);
+    case ControlOp::share:
+    case ControlOp::confirm:
+    case ControlOp::cancel:
+    case ControlOp::unshare:
+    case ControlOp::readStream:
+    case ControlOp::readTreeStream:
+    case ControlOp::bridge:
+      return std::unexpected(Refusal::notServed);
+  }
+  __builtin_unreachable();
+}
+
+HostResult<HostResponder::Located> HostResponder::locate(const ControlRequest& request) const {
+  if (!request.name) return std::unexpected(Refusal::noLocation);
+  auto path = SharePath::parse(*request.name);
+  if (!path) return std::unexpected(Refusal::noSuchFile);
+  auto share = table.find(path->peer, path->share);
+  if (!share) return std::unexpected(Refusal::noSuchFile);
+  const int root = share->root.get();
+  return Located{std::move(*path), std::move(share), BeneathResolver(root, options.isOwnMount)};
+}
+
+Bytes HostResponder::shares() const {
+  ControlResponse response = ControlResponse::ok();
+  response.shares = table.localShares();
+  response.remoteShares = table.remoteShares();
+  return answerLine(response);
+}
+
+HostResult<Bytes> HostResponder::stat(const ControlRequest& request) {
+  const auto located = locate(request);
+  if (!located) return std::unexpected(located.error());
+  const auto status = located->resolver.status(located->path.rest);
+  if (!status) return std::unexpected(status.error());
+  ControlResponse response = ControlResponse::ok();
+  fillControlStat(response.stat.emplace(), located->path.lastName(), *status, accounts);
+  return answerLine(response);
+}
+
+HostResult<Bytes> HostResponder::list(const ControlRequest& request) {
+  const auto located = locate(request);
+  if (!located) return std::unexpected(located.error());
+  if (request.limit.value_or(0) < 0) return std::unexpected(Refusal::invalidLimit);
+  auto listing = DirectoryLister(located->resolver, accounts, located->path.rest,
+                                 {.namesOnly = request.namesOnly.value_or(false),
+                                  .limit = request.limit,
+                                  .maxAnswerBytes = options.maxAnswerBytes})
+                     .run();
+  if (!listing) return std::unexpected(listing.error());
+  logNamesLeftOut(listing->namesLeftOut, *request.name);
+  return std::move(listing->line);
+}
+
+HostResult<Bytes> HostResponder::read(const ControlRequest& request, Bytes& readBuffer) const {
+  const auto located = locate(request);
+  if (!located) return std::unexpected(located.error());
+  const std::int64_t offset = request.offset.value_or(0);
+  const std::int64_t length = std::min(request.length.value_or(maxReadBytes), maxReadBytes);
+  if (offset < 0) return std::unexpected(Refusal::invalidOffset);
+  if (length < 0) return std::unexpected(Refusal::invalidLength);
+  const auto file = located->resolver.openFile(located->path.rest);
+  if (!file) return std::unexpected(file.error());
+  const auto bytes = readRange(file->get(), offset, length, readBuffer);
+  if (!bytes) return std::unexpected(bytes.error());
+  JsonWriter json;
+  json.reserve(lineBound(bytes->size()));
+  json.beginObject();
+  json.field("status", "ok");
+  json.key("dataBase64");
+  json.base64Value(*bytes);
+  json.endObject();
+  return answerLine(json);
+}
+
+void HostResponder::logNamesLeftOut(std::size_t count, std::string_view location) const {
+  if (count == 0 || !options.log) return;
+  options.log("left out " + std::to_string(count) +
+              (count == 1 ? " name that is" : " names that are") + " not valid UTF-8 in " +
+              printable(location));
+}
+
+}  // namespace tarnel

@@ -1,0 +1,68 @@
+#include "host/ReferenceHost.h"
+
+#include <system_error>
+#include <utility>
+
+#include "ConnectionRegistry.h"
+#include "HostConnection.h"
+#include "HostResponder.h"
+#include "SocketSite.h"
+#include "control/PosixSocket.h"
+#include "control/Thread.h"
+
+namespace tarnel {
+
+struct ReferenceHost::Core {
+  Core(ShareTable table, HostOptions options)
+      : connections(std::make_shared<ConnectionRegistry>(options.maxConnections)),
+        responder(std::move(table), std::move(options)) {}
+
+  // Outlives the rest for the last moment of a connection's thread.
+  const std::shared_ptr<ConnectionRegistry> connections;
+  HostResponder responder;
+};
+
+std::expected<std::unique_ptr<ReferenceHost>, HostStartError> ReferenceHost::start(
+    HostOptions options) {
+  auto table = ShareTable::open(options.shares, options.isOwnMount);
+  if (!table) return std::unexpected(std::move(table.error()));
+  const std::string path = options.socketPath;
+  if (auto taken = socketSiteError(path)) return std::unexpected(std::move(*taken));
+  auto core = std::make_shared<Core>(std::move(*table), std::move(options));
+  auto server = UnixSocketServer::make(path);
+  server->onConnection = [core](int fd) { serve(core, fd); };
+  if (auto listening = server->start(); !listening) {
+    return std::unexpected(
+        HostStartError{HostStartError::Kind::socket, path, description(listening.error())});
+  }
+  return std::unique_ptr<ReferenceHost>(new ReferenceHost(std::move(core), std::move(server)));
+}
+
+ReferenceHost::ReferenceHost(std::shared_ptr<Core> shared, std::shared_ptr<UnixSocketServer> socket)
+    : core(std::move(shared)), server(std::move(socket)) {}
+
+ReferenceHost::~ReferenceHost() { stop(); }
+
+void ReferenceHost::stop() {
+  if (server) std::exchange(server, nullptr)->stop();
+  core->connections->endAll();
+}
+
+void ReferenceHost::serve(const std::shared_ptr<Core>& core, int connectedFD) {
+  UniqueFd fd(connectedFD);
+  if (!peerIsTrusted(fd.get()) || !core->connections->add(fd.get())) return;
+  try {
+    startThread("tarnel.host.connection", [held = core, borrowed = fd.get()]() mutable {
+      HostConnection(borrowed, held->responder).serve();
+      // stop() returns on the last finish(): the shared folders must not be held any longer then.
+      const auto connections = held->connections;
+      held = nullptr;
+      connections->finish(UniqueFd(borrowed));
+    }).detach();
+    (void)fd.release();  // the thread's now
+  } catch (const std::system_error&) {
+    core->connections->finish(std::move(fd));  // no more threads: like one connection too many
+  }
+}
+
+}  // namespace tarnel

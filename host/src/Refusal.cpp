@@ -1,0 +1,60 @@
+#include "host/Refusal.h"
+
+#include <cerrno>
+
+namespace tarnel {
+
+std::string_view description(Refusal refusal) {
+  switch (refusal) {
+    case Refusal::noSuchFile:
+      return "no such file";
+    case Refusal::isDirectory:
+      return "is a directory";
+    case Refusal::notDirectory:
+      return "not a directory";
+    case Refusal::permissionDenied:
+      return "permission denied";
+    case Refusal::ioError:
+      return "i/o error";
+    case Refusal::listingTooLarge:
+      return "listing too large for one answer";
+    case Refusal::noLocation:
+      return "no location given";
+    case Refusal::invalidOffset:
+      return "invalid offset";
+    case Refusal::invalidLength:
+      return "invalid length";
+    case Refusal::invalidLimit:
+      return "invalid limit";
+    case Refusal::malformedRequest:
+      return "malformed request";
+    case Refusal::notServed:
+      return "operation not served";
+  }
+  __builtin_unreachable();
+}
+
+Refusal refusalFor(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENAMETOOLONG:
+    case EILSEQ:  // some file systems take only names in UTF-8
+    case ESTALE:
+    case ELOOP:  // a link where the walk has just seen none
+    case EXDEV:
+    case ENXIO:  // a socket, or a device without its driver
+    case ENODEV:
+      return Refusal::noSuchFile;
+    case EISDIR:
+      return Refusal::isDirectory;
+    case ENOTDIR:
+      return Refusal::notDirectory;
+    case EACCES:
+    case EPERM:
+      return Refusal::permissionDenied;
+    default:
+      return Refusal::ioError;
+  }
+}
+
+}  // namespace tarnel

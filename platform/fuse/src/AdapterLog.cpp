@@ -1,0 +1,77 @@
+#include "fusefs/AdapterLog.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "seam/VolumeLog.h"
+
+namespace tarnel {
+namespace {
+
+using Level = VolumeLog::Level;
+
+// A name may hold anything; a log line must stay one line and leave a terminal alone.
+std::string printable(const std::string& text) {
+  constexpr std::string_view hex = "0123456789abcdef";
+  std::string out;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte != 0x7f) {
+      out.push_back(c);
+    } else {
+      out += {'\\', 'x', hex[byte >> 4], hex[byte & 15]};
+    }
+  }
+  return out;
+}
+
+class StandardErrorLog final : public TextLog {
+ public:
+  explicit StandardErrorLog(bool withDebug) : debug(withDebug) {}
+  [[nodiscard]] bool isDebugEnabled() const override { return debug; }
+  void line(Level level, const std::string& text) override {
+    if (level == Level::debug && !debug) return;
+    const std::string whole = "tarnel: " + printable(text) + "\n";
+    (void)!::write(STDERR_FILENO, whole.data(), whole.size());  // one write: lines never mix
+  }
+
+ private:
+  const bool debug;
+};
+
+class SystemLog final : public TextLog {
+ public:
+  SystemLog() { ::openlog("tarnel", LOG_PID, LOG_DAEMON); }
+  [[nodiscard]] bool isDebugEnabled() const override { return false; }
+  void line(Level level, const std::string& text) override {
+    if (level == Level::debug) return;
+    ::syslog(level == Level::error ? LOG_ERR : LOG_NOTICE, "%s", printable(text).c_str());
+  }
+};
+
+TextLog* ownLog = nullptr;  // set once, before the first mount
+
+}  // namespace
+
+void logToStandardError(bool debug) {
+  static StandardErrorLog log(debug);
+  ownLog = &log;
+  setLog(log);
+}
+
+void logToSystemLog() {
+  static SystemLog log;
+  ownLog = &log;
+  setLog(log);
+}
+
+void logLeftOutNames(std::string_view directory, std::size_t count) {
+  if (ownLog == nullptr) return;
+  ownLog->line(Level::error, "left out " + std::to_string(count) +
+                                 " names that are too long for this system in " +
+                                 std::string(directory));
+}
+
+}  // namespace tarnel

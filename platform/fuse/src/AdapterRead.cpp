@@ -1,0 +1,58 @@
+// open and read.
+#include <fcntl.h>
+
+#include <cerrno>
+#include <memory>
+#include <utility>
+
+#include "Adapter.h"
+#include "PendingRequest.h"
+
+namespace tarnel {
+namespace {
+
+// The bytes of one read, not set to zero first.
+class ReadBuffer final : public MutableFileBuffer {
+ public:
+  explicit ReadBuffer(std::size_t bytes)
+      : data(std::make_unique_for_overwrite<char[]>(bytes)), size(bytes) {}
+
+  [[nodiscard]] std::int64_t length() const override { return static_cast<std::int64_t>(size); }
+  void withUnsafeMutableBytes(const std::function<void(std::span<char>)>& use) override {
+    use({data.get(), size});
+  }
+  [[nodiscard]] const char* bytes() const { return data.get(); }
+
+ private:
+  const std::unique_ptr<char[]> data;
+  const std::size_t size;
+};
+
+}  // namespace
+
+void Adapter::open(fuse_req_t request, fuse_ino_t, const fuse_file_info& info) {
+  if ((info.flags & O_ACCMODE) != O_RDONLY || (info.flags & O_TRUNC) != 0) {
+    fuse_reply_err(request, systemErrno(posixError(darwin::readOnly)));
+    return;
+  }
+  fuse_file_info opened = info;
+  // Cached pages stay from one open to the next; they go when the attributes change.
+  opened.keep_cache = 1;
+  fuse_reply_open(request, &opened);
+}
+
+void Adapter::read(fuse_req_t request, fuse_ino_t node, std::size_t size, off_t offset) {
+  const auto item = itemOf(request, node);
+  if (!item) return;
+  const auto pending = PendingRequest::make(shared_from_this(), request);
+  auto buffer = std::make_shared<ReadBuffer>(size);
+  volume->read(item, offset, static_cast<std::int64_t>(size), buffer,
+               [pending, buffer](std::int64_t count, OptionalError error) {
+                 if (error) return pending->fail(systemErrno(*error));
+                 if (!pending->claim()) return;
+                 fuse_reply_buf(pending->request(), buffer->bytes(),
+                                static_cast<std::size_t>(count));
+               });
+}
+
+}  // namespace tarnel

@@ -1,0 +1,43 @@
+// The commands, one source each. Each returns an exit status (Console.h).
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarnel {
+
+struct HostArguments {
+  std::string socket;
+  std::vector<std::string> shares = {};   // NAME=DIR
+  std::vector<std::string> peers = {};    // PEER/NAME=DIR
+  std::vector<std::string> folders = {};  // DIR, shared under its own name
+};
+int runHost(const HostArguments& arguments);
+
+struct MountArguments {
+  std::string socket;
+  std::string mountpoint = {};
+  std::vector<std::string> options = {};  // as -o gives them
+  bool foreground = false;
+  bool debug = false;
+};
+int runMount(const MountArguments& arguments);
+
+struct UnmountArguments {
+  std::string mountpoint = {};
+  bool lazy = false;
+};
+int runUnmount(const UnmountArguments& arguments);
+
+struct VolumeArguments {
+  std::string socket;
+  std::vector<std::string> paths = {};
+  bool json = false;
+  bool longFormat = false;
+};
+int runShares(const VolumeArguments& arguments);
+int runList(const VolumeArguments& arguments);
+int runStat(const VolumeArguments& arguments);
+int runCat(const VolumeArguments& arguments);
+
+}  // namespace tarnel

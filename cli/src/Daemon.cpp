@@ -1,0 +1,66 @@
+#include "Daemon.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "Console.h"
+
+namespace tarnel {
+namespace {
+
+constexpr char readyByte = 'R';  // anything else is the text of a failure
+
+std::string readAll(int fd) {
+  std::string text;
+  char piece[512];
+  while (true) {
+    const ssize_t got = ::read(fd, piece, sizeof piece);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return text;
+    text.append(piece, static_cast<std::size_t>(got));
+  }
+}
+
+void leaveTerminal() {
+  (void)!::chdir("/");
+  const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(nothing.get(), fd);
+}
+
+}  // namespace
+
+void Daemon::ready() {
+  leaveTerminal();
+  (void)!::write(parent.get(), &readyByte, 1);
+  parent.reset();
+}
+
+int Daemon::failed(const std::string& message) {
+  (void)!::write(parent.get(), message.data(), message.size());
+  return tarnel::failed;
+}
+
+int runAsDaemon(const std::function<int(Daemon&)>& body) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return fail("cannot start the daemon: " + errnoName(errno));
+  UniqueFd readEnd(ends[0]);
+  UniqueFd writeEnd(ends[1]);
+  const pid_t child = ::fork();
+  if (child < 0) return fail("cannot start the daemon: " + errnoName(errno));
+  if (child == 0) {
+    readEnd.reset();
+    ::setsid();
+    Daemon daemon(std::move(writeEnd));
+    return body(daemon);
+  }
+  writeEnd.reset();
+  const std::string said = readAll(readEnd.get());
+  if (said == std::string(1, readyByte)) return done;
+  return fail(said.empty() ? "the daemon ended before the mount was ready" : said);
+}
+
+}  // namespace tarnel

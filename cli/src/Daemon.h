@@ -1,0 +1,26 @@
+// Going on in the background: the calling process returns once the daemon says that it is ready, or
+// why it is not.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "control/UniqueFd.h"
+
+namespace tarnel {
+
+class Daemon {
+ public:
+  explicit Daemon(UniqueFd toParent) : parent(std::move(toParent)) {}
+
+  void ready();                            // lets the calling process return 0; leaves its terminal
+  int failed(const std::string& message);  // the calling process prints it and returns 1
+
+ private:
+  UniqueFd parent;
+};
+
+// Forks; runs `body` in a session of its own. Call before any thread is started.
+int runAsDaemon(const std::function<int(Daemon&)>& body);
+
+}  // namespace tarnel

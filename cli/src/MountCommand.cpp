@@ -1,0 +1,216 @@
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <expected>
+#include <filesystem>
+#include <string>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Daemon.h"
+#include "control/Thread.h"
+#include "control/UniqueFd.h"
+#include "control/UnixSocket.h"
+#include "fs/TarnelFileSystem.h"
+#include "fusefs/AdapterLog.h"
+#include "fusefs/FuseSession.h"
+#include "fusefs/MountTable.h"
+#include "fusefs/Unmount.h"
+
+namespace tarnel {
+namespace {
+
+class CommandResource final : public Resource {
+ public:
+  [[nodiscard]] std::string_view typeName() const override { return "CommandResource"; }
+};
+
+using Checked = std::expected<std::string, std::string>;
+
+std::string withErrno(const std::string& path, const std::string& what, int error) {
+  return path + ": " + what + " (" + errnoName(error) + ")";
+}
+
+// The folder as an absolute path without links, or what is wrong with it.
+Checked checkMountpoint(const std::string& given) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(given, error);
+  if (!error && cleanUpDeadMount(absolute.lexically_normal().string())) {
+    fail(given + ": cleaned up a mount whose process has gone");
+  }
+  const std::string path = std::filesystem::canonical(given, error).string();
+  if (error) return std::unexpected(withErrno(given, "cannot be used", error.value()));
+  if (!std::filesystem::is_directory(path, error)) {
+    return std::unexpected(withErrno(given, "not a folder", ENOTDIR));
+  }
+  if (const auto mount = mountAt(path)) {
+    return std::unexpected(given + ": already a mountpoint (" + mount->type +
+                           "): unmount it first, or choose another folder");
+  }
+  const bool isEmpty = std::filesystem::is_empty(path, error);
+  if (error) return std::unexpected(withErrno(given, "cannot be read", error.value()));
+  if (!isEmpty)
+    return std::unexpected(withErrno(given, "not empty: choose another folder", ENOTEMPTY));
+  return path;
+}
+
+std::expected<void, std::string> checkFuse() {
+  const UniqueFd device(::open("/dev/fuse", O_RDWR | O_CLOEXEC));
+  if (device.valid()) return {};
+  if (errno == ENOENT || errno == ENODEV || errno == ENXIO) {
+    return std::unexpected(withErrno("/dev/fuse",
+                                     "this system has no FUSE; `modprobe fuse` may help,"
+                                     " `tarnel ls` and `tarnel cat` work without",
+                                     errno));
+  }
+  return std::unexpected(withErrno("/dev/fuse", "cannot be opened; ask an administrator", errno));
+}
+
+void warnWithoutHost(const std::string& socket) {
+  const auto fd = connectUnixSocket(socket);
+  if (fd) {
+    ::close(*fd);
+  } else {
+    fail("no host answers on " + socket + " yet (" + description(fd.error()) +
+         "); the volume fills when one does");
+  }
+}
+
+// Waits for the mount's end, or for a signal that ends it.
+class EndWaiter {
+ public:
+  EndWaiter() {
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, signal);
+    signals.reset(::signalfd(-1, &ends, SFD_CLOEXEC));
+    unmounted.reset(::eventfd(0, EFD_CLOEXEC));
+  }
+
+  void notifyUnmounted() const {
+    const std::uint64_t one = 1;
+    (void)!::write(unmounted.get(), &one, sizeof one);
+  }
+
+  enum class End { unmounted, signal, time };
+  [[nodiscard]] End wait(int milliseconds) const {
+    pollfd watched[2] = {{.fd = unmounted.get(), .events = POLLIN, .revents = 0},
+                         {.fd = signals.get(), .events = POLLIN, .revents = 0}};
+    while (true) {
+      const int ready = ::poll(watched, 2, milliseconds);
+      if (ready < 0 && errno == EINTR) continue;
+      if (ready <= 0) return End::time;
+      return watched[0].revents != 0 ? End::unmounted : End::signal;
+    }
+  }
+
+ private:
+  UniqueFd signals;
+  UniqueFd unmounted;
+};
+
+// Plays the part that the system plays elsewhere: probe, load, mount, activate, serve, and the way
+// back. `ready` is told once the mount serves.
+int serveMount(const MountArguments& arguments, const std::string& path,
+               const MountOptions& options, const std::function<void()>& ready,
+               const std::function<int(const std::string&)>& report) {
+  constexpr int patience = 500;  // milliseconds for the threads to see the end of a detached mount
+  blockAllSignals();
+  static EndWaiter waiter;  // the session's threads may outlive this call
+  TarnelFileSystem fileSystem(arguments.socket);
+  const CommandResource resource;
+  bool usable = false;
+  fileSystem.probeResource(
+      resource, [&](const ProbeResult& result, OptionalError) { usable = result.isUsable; });
+  if (!usable) return report("the file system refused to load");
+  std::shared_ptr<FabricVolume> volume;
+  fileSystem.loadResource(resource, {}, [&](auto loaded, OptionalError) { volume = loaded; });
+  volume->mount([](OptionalError) {});
+  ItemRef root;
+  volume->activate([&](const ItemRef& item, OptionalError) { root = item; });
+
+  const auto session = FuseSession::mount(volume, root, path, options);
+  if (!session) return report(session.error());
+  (*session)->serve([] { waiter.notifyUnmounted(); });
+  struct stat status{};
+  if (::stat(path.c_str(), &status) != 0) {
+    const int error = errno;
+    (void)unmountOwn(path, UnmountMode::lazy);
+    return report(withErrno(path, "the mount does not answer", error));
+  }
+  ready();
+
+  if (waiter.wait(-1) == EndWaiter::End::signal) {
+    (void)unmountOwn(path, UnmountMode::lazy);
+    volume->cancelAll();
+    (void)waiter.wait(patience);
+  }
+  volume->unmount([] {});
+  volume->deactivate([](OptionalError) {});
+  fileSystem.unloadResource(resource, {}, [](OptionalError) {});
+  return done;
+}
+
+}  // namespace
+
+int runMount(const MountArguments& arguments) {
+  MountOptions options;
+  std::string text;
+  for (const std::string& part : arguments.options) text += (text.empty() ? "" : ",") + part;
+  if (auto parsed = MountOptions::parse(text)) {
+    options = *parsed;
+  } else {
+    fail(parsed.error());
+    return usage;
+  }
+  if (arguments.socket.size() > maxSocketPathBytes) {
+    return fail(description(
+        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = arguments.socket}));
+  }
+  if (const auto fuse = checkFuse(); !fuse) return fail(fuse.error());
+  const Checked path = checkMountpoint(arguments.mountpoint);
+  if (!path) return fail(path.error());
+  warnWithoutHost(arguments.socket);
+  // The daemon's folder changes, so the socket's path must not depend on it.
+  MountArguments absolute = arguments;
+  absolute.socket = std::filesystem::absolute(arguments.socket).string();
+  if (absolute.socket.size() > maxSocketPathBytes) absolute.socket = arguments.socket;
+
+  if (arguments.foreground) {
+    logToStandardError(arguments.debug);
+    return serveMount(
+        absolute, *path, options, [] {}, [](const std::string& message) { return fail(message); });
+  }
+  return runAsDaemon([&](Daemon& daemon) {
+    logToSystemLog();
+    return serveMount(
+        absolute, *path, options, [&] { daemon.ready(); },
+        [&](const std::string& message) { return daemon.failed(message); });
+  });
+}
+
+int runUnmount(const UnmountArguments& arguments) {
+  // A dead or silent mount cannot be resolved itself, but the folder that holds it can.
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(arguments.mountpoint, error).lexically_normal();
+  auto folder = absolute.has_filename() ? absolute : absolute.parent_path();
+  const auto parent = std::filesystem::canonical(folder.parent_path(), error);
+  std::string path = error ? folder.string() : (parent / folder.filename()).string();
+  if (!mountAt(path)) {
+    const auto real = std::filesystem::canonical(folder, error);
+    if (error) return fail(withErrno(arguments.mountpoint, "cannot be used", error.value()));
+    path = real.string();
+  }
+  const auto unmounted = unmountOwn(path, arguments.lazy ? UnmountMode::lazy : UnmountMode::whole);
+  return unmounted ? done : fail(unmounted.error());
+}
+
+}  // namespace tarnel

@@ -1,0 +1,158 @@
+// ls, stat and cat.
+#include <grp.h>
+#include <pwd.h>
+
+#include <array>
+#include <ctime>
+
+#include "Commands.h"
+#include "Console.h"
+#include "VolumeClient.h"
+#include "control/ControlResponse.h"
+#include "control/JsonWriter.h"
+
+namespace tarnel {
+namespace {
+
+std::string userName(std::uint32_t uid) {
+  const passwd* const user = ::getpwuid(uid);
+  return user != nullptr ? user->pw_name : std::to_string(uid);
+}
+
+std::string groupName(std::uint32_t gid) {
+  const group* const found = ::getgrgid(gid);
+  return found != nullptr ? found->gr_name : std::to_string(gid);
+}
+
+// What the volume shows of an item, under the keys of the protocol.
+ControlStat statOf(const std::string& name, const ItemAttributes& attributes) {
+  ControlStat stat;
+  stat.name = name;
+  stat.size = static_cast<std::int64_t>(attributes.size);
+  stat.mtimeMs =
+      attributes.modifyTime.seconds * 1000 + attributes.modifyTime.nanoseconds / 1'000'000;
+  stat.isDirectory = attributes.type == ItemType::directory;
+  stat.mode = attributes.mode;
+  stat.nlink = attributes.linkCount;
+  stat.owner = userName(attributes.uid);
+  stat.group = groupName(attributes.gid);
+  return stat;
+}
+
+std::string jsonLine(const ControlStat& stat) {
+  JsonWriter json;
+  json.value(stat);
+  return json.finish().value_or("") + "\n";
+}
+
+std::string modeText(const ControlStat& stat) {
+  std::string text = stat.isDirectory ? "d" : "-";
+  for (const int shift : {6, 3, 0}) {
+    const std::uint32_t bits = stat.mode >> shift;
+    text += (bits & 4) != 0 ? 'r' : '-';
+    text += (bits & 2) != 0 ? 'w' : '-';
+    text += (bits & 1) != 0 ? 'x' : '-';
+  }
+  return text;
+}
+
+std::string timeText(std::int64_t ms) {
+  const std::time_t seconds = ms / 1000 - (ms % 1000 < 0 ? 1 : 0);
+  std::tm local{};
+  std::array<char, 64> text{};
+  if (::localtime_r(&seconds, &local) == nullptr) return std::to_string(ms);
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", &local)};
+}
+
+std::string longLine(const ControlStat& stat) {
+  std::string size = std::to_string(stat.size);
+  if (size.size() < 12) size.insert(0, 12 - size.size(), ' ');
+  return modeText(stat) + " " + std::to_string(stat.nlink) + " " + stat.owner + " " + stat.group +
+         " " + size + " " + timeText(stat.mtimeMs) + " " + shown(stat.name) + "\n";
+}
+
+std::string line(const ControlStat& stat, const VolumeArguments& arguments) {
+  if (arguments.json) return jsonLine(stat);
+  return arguments.longFormat ? longLine(stat) : shown(stat.name) + "\n";
+}
+
+std::string lastName(const std::string& path) {
+  const std::size_t end = path.find_last_not_of('/');
+  if (end == std::string::npos) return "/";
+  const std::size_t slash = path.rfind('/', end);
+  return path.substr(slash == std::string::npos ? 0 : slash + 1, end - (slash + 1) + 1);
+}
+
+int failOn(const std::string& path, VolumeError error) {
+  return fail((path.empty() ? "/" : path) + ": " + errorName(error));
+}
+
+int afterPrinting() { return outputFailed() ? fail("cannot write to standard output") : done; }
+
+int catOne(VolumeClient& client, const std::string& path) {
+  const auto item = client.resolve(path);
+  if (!item) return failOn(path, item.error());
+  for (std::int64_t offset = 0;;) {
+    const auto bytes = client.read(*item, offset);
+    if (!bytes) return failOn(path, bytes.error());
+    if (bytes->empty() || !print(*bytes)) return afterPrinting();
+    offset += static_cast<std::int64_t>(bytes->size());
+  }
+}
+
+}  // namespace
+
+int runList(const VolumeArguments& arguments) {
+  const std::string path = arguments.paths.empty() ? "" : arguments.paths.front();
+  const auto client = VolumeClient::open(arguments.socket);
+  if (!client) return fail(client.error());
+  const auto item = (*client)->resolve(path);
+  if (!item) return failOn(path, item.error());
+  const auto attributes = (*client)->attributes(*item);
+  if (!attributes) return failOn(path, attributes.error());
+  if (attributes->type != ItemType::directory) {
+    print(line(statOf(lastName(path), *attributes), arguments));
+    return afterPrinting();
+  }
+  const auto entries = (*client)->list(*item);
+  if (!entries) return failOn(path, entries.error());
+  std::string text;
+  for (const VolumeClient::Entry& entry : *entries) {
+    text += line(statOf(entry.name, entry.attributes), arguments);
+  }
+  print(text);
+  return afterPrinting();
+}
+
+int runStat(const VolumeArguments& arguments) {
+  const std::string& path = arguments.paths.front();
+  const auto client = VolumeClient::open(arguments.socket);
+  if (!client) return fail(client.error());
+  const auto item = (*client)->resolve(path);
+  if (!item) return failOn(path, item.error());
+  const auto attributes = (*client)->attributes(*item);
+  if (!attributes) return failOn(path, attributes.error());
+  const ControlStat stat = statOf(lastName(path), *attributes);
+  if (arguments.json) {
+    print(jsonLine(stat));
+  } else {
+    print("name   " + shown(stat.name) + "\ntype   " + (stat.isDirectory ? "directory" : "file") +
+          "\nsize   " + std::to_string(stat.size) + "\nmode   " + modeText(stat) + "\nlinks  " +
+          std::to_string(stat.nlink) + "\nowner  " + stat.owner + "\ngroup  " + stat.group +
+          "\ntime   " + timeText(stat.mtimeMs) + "\nid     " + std::to_string(attributes->fileID) +
+          "\n");
+  }
+  return afterPrinting();
+}
+
+int runCat(const VolumeArguments& arguments) {
+  const auto client = VolumeClient::open(arguments.socket);
+  if (!client) return fail(client.error());
+  int status = done;
+  for (const std::string& path : arguments.paths) {
+    if (catOne(**client, path) != done) status = failed;
+  }
+  return status;
+}
+
+}  // namespace tarnel

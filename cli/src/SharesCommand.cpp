@@ -1,0 +1,58 @@
+#include <future>
+#include <memory>
+
+#include "Commands.h"
+#include "Console.h"
+#include "control/JsonWriter.h"
+#include "control/UnixSocket.h"
+#include "fs/ControlFabricSource.h"
+#include "fs/TarnelFileSystem.h"
+
+namespace tarnel {
+namespace {
+
+using Listing = FabricSource::Result<std::vector<FabricShare>>;
+
+Listing askForShares(const std::string& socket) {
+  const auto client = std::make_shared<DualControlClient>(
+      socket, TarnelFileSystem::metadataTimeout, TarnelFileSystem::bulkTimeout, "tarnel.command");
+  std::promise<Listing> answer;
+  ControlFabricSource source(client);
+  source.shareListing([&](Listing listing) { answer.set_value(std::move(listing)); });
+  Listing listing = answer.get_future().get();
+  source.cancelAll();
+  return listing;
+}
+
+std::string line(const FabricShare& share, bool json) {
+  if (!json) {
+    return shown(share.peer + "/" + share.name) + (share.isRemote ? "\tremote\n" : "\n");
+  }
+  JsonWriter writer;
+  writer.beginObject();
+  writer.field("peer", share.peer);
+  writer.field("name", share.name);
+  writer.field("isRemote", share.isRemote);
+  writer.endObject();
+  return writer.finish().value_or("") + "\n";
+}
+
+}  // namespace
+
+int runShares(const VolumeArguments& arguments) {
+  if (arguments.socket.size() > maxSocketPathBytes) {
+    return fail(description(
+        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = arguments.socket}));
+  }
+  const Listing listing = askForShares(arguments.socket);
+  if (!listing) {
+    return fail("no host answers on " + arguments.socket + " (" + description(listing.error()) +
+                "): start one with `tarnel host DIR`");
+  }
+  for (const FabricShare& share : *listing) {
+    if (!print(line(share, arguments.json))) break;
+  }
+  return outputFailed() ? fail("cannot write to standard output") : done;
+}
+
+}  // namespace tarnel

@@ -1,0 +1,133 @@
+// tarnel: the command line.
+#include <signal.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "Commands.h"
+#include "Console.h"
+#include "control/SocketPaths.h"
+
+namespace tarnel {
+namespace {
+
+std::string defaultSocket() {
+  const char* const given = std::getenv("TARNEL_SOCKET");
+  return given != nullptr && *given != '\0' ? given : TarnelControlSocket::path(::getuid());
+}
+
+void addSocket(CLI::App& command, std::string& socket) {
+  command.add_option("--socket", socket, "The host's control socket")
+      ->type_name("PATH")
+      ->capture_default_str();
+}
+
+void addVolumeOptions(CLI::App& command, VolumeArguments& arguments) {
+  addSocket(command, arguments.socket);
+  command.add_flag("--json", arguments.json, "One JSON object a line");
+}
+
+class CommandLine {
+ public:
+  int run(int argc, char** argv) {
+    app.require_subcommand(1);
+    app.set_help_all_flag("--help-all", "Help of every command");
+    app.footer(
+        "The socket is --socket, else the environment's TARNEL_SOCKET, else one for this user in "
+        "/tmp.\nExit status: 0 done, 1 failed, 2 wrong usage.");
+    defineHost();
+    defineMount();
+    defineUnmount();
+    defineReaders();
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+      return app.exit(help);
+    } catch (const CLI::CallForAllHelp& help) {
+      return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+      fail(std::string(error.what()) + " (see `tarnel --help`)");
+      return usage;
+    }
+    return action();
+  }
+
+ private:
+  void defineHost() {
+    CLI::App* const command = app.add_subcommand("host", "Share folders until Ctrl-C");
+    addSocket(*command, host.socket);
+    command->add_option("--share", host.shares, "Share a folder as me/NAME")
+        ->type_name("NAME=DIR")
+        ->take_all();
+    command->add_option("--peer", host.peers, "Share a folder under a peer's name")
+        ->type_name("PEER/NAME=DIR")
+        ->take_all();
+    command->add_option("DIR", host.folders, "Folders to share under their own names");
+    command->callback([this] { action = [this] { return runHost(host); }; });
+  }
+
+  void defineMount() {
+    CLI::App* const command = app.add_subcommand("mount", "Mount the volume on a folder");
+    addSocket(*command, mount.socket);
+    command->add_flag("-f,--foreground", mount.foreground, "Stay in the foreground");
+    command->add_flag("--debug", mount.debug, "Log every request (in the foreground)");
+    command
+        ->add_option("-o", mount.options,
+                     "ro, allow_other, default_permissions, attr_timeout=S, entry_timeout=S")
+        ->type_name("OPTIONS")
+        ->take_all();
+    command->add_option("MOUNTPOINT", mount.mountpoint, "An empty folder")->required();
+    command->callback([this] { action = [this] { return runMount(mount); }; });
+  }
+
+  void defineUnmount() {
+    CLI::App* const command = app.add_subcommand("unmount", "Unmount, whatever the host does");
+    command->add_flag("--lazy", unmount.lazy, "Also while something of it is in use");
+    command->add_option("MOUNTPOINT", unmount.mountpoint)->required();
+    command->callback([this] { action = [this] { return runUnmount(unmount); }; });
+  }
+
+  void defineReaders() {
+    CLI::App* const shares = app.add_subcommand("shares", "List what the host shares");
+    addVolumeOptions(*shares, volume);
+    shares->callback([this] { action = [this] { return runShares(volume); }; });
+
+    CLI::App* const list = app.add_subcommand("ls", "List a folder of the volume");
+    addVolumeOptions(*list, volume);
+    list->add_flag("-l", volume.longFormat, "Mode, links, owner, group, size and time too");
+    list->add_option("PATH", volume.paths, "The root without one")->expected(0, 1);
+    list->callback([this] { action = [this] { return runList(volume); }; });
+
+    CLI::App* const stat = app.add_subcommand("stat", "Show one file's or folder's status");
+    addVolumeOptions(*stat, volume);
+    stat->add_option("PATH", volume.paths)->required()->expected(1);
+    stat->callback([this] { action = [this] { return runStat(volume); }; });
+
+    CLI::App* const cat = app.add_subcommand("cat", "Write files to standard output");
+    addSocket(*cat, volume.socket);
+    cat->add_option("PATH", volume.paths)->required();
+    cat->callback([this] { action = [this] { return runCat(volume); }; });
+  }
+
+  CLI::App app{"A folder that is fetched on demand from a host application, read-only.", "tarnel"};
+  HostArguments host{.socket = defaultSocket()};
+  MountArguments mount{.socket = defaultSocket()};
+  UnmountArguments unmount;
+  VolumeArguments volume{.socket = defaultSocket()};
+  std::function<int()> action;
+};
+
+}  // namespace
+}  // namespace tarnel
+
+int main(int argc, char** argv) {
+  ::signal(SIGPIPE, SIG_IGN);
+  const int status = tarnel::CommandLine().run(argc, argv);
+  std::fflush(nullptr);
+  // A thread may be blocked in a socket call of a host that never answers: nothing waits for it,
+  // and nothing that it uses is taken away.
+  std::_Exit(status);
+}

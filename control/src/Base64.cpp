@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "Base64Avx2.h"
+#include "SlashEscape.h"
 
 namespace tarnel::base64 {
 namespace {
@@ -27,30 +28,25 @@ std::uint32_t byteAt(BytesView bytes, std::size_t i) {
   return static_cast<unsigned char>(bytes[i]);
 }
 
-// One character; behind a backslash when it is a slash inside a JSON string.
-template <bool escaped>
 char* put(std::uint32_t sextet, char* to) {
-  const char c = alphabet[sextet & 63];
-  if (escaped && c == '/') *to++ = '\\';
-  *to++ = c;
-  return to;
+  *to = alphabet[sextet & 63];
+  return to + 1;
 }
 
-template <bool escaped>
 char* encodeInto(BytesView bytes, char* to) {
   std::size_t i = 0;
-  to = escaped ? avx2::encodeEscaped(bytes, i, to) : avx2::encode(bytes, i, to);
+  to = avx2::encode(bytes, i, to);
   for (; i + 3 <= bytes.size(); i += 3) {
     const std::uint32_t word =
         byteAt(bytes, i) << 16 | byteAt(bytes, i + 1) << 8 | byteAt(bytes, i + 2);
-    for (const int shift : {18, 12, 6, 0}) to = put<escaped>(word >> shift, to);
+    for (const int shift : {18, 12, 6, 0}) to = put(word >> shift, to);
   }
   if (i == bytes.size()) return to;
   const bool two = i + 2 == bytes.size();
   const std::uint32_t word = byteAt(bytes, i) << 16 | (two ? byteAt(bytes, i + 1) << 8 : 0);
-  to = put<escaped>(word >> 18, to);
-  to = put<escaped>(word >> 12, to);
-  if (two) to = put<escaped>(word >> 6, to);
+  to = put(word >> 18, to);
+  to = put(word >> 12, to);
+  if (two) to = put(word >> 6, to);
   *to++ = '=';
   if (!two) *to++ = '=';
   return to;
@@ -82,47 +78,52 @@ bool decodeInto(std::string_view text, char* to) {
 
 std::string encode(BytesView bytes) {
   std::string out;
-  out.resize_and_overwrite((bytes.size() + 2) / 3 * 4, [&](char* data, std::size_t size) {
-    encodeInto<false>(bytes, data);
+  const std::size_t size = (bytes.size() + 2) / 3 * 4;
+  // The size that the callback is given is not used: libstdc++ 12 passes the capacity there.
+  out.resize_and_overwrite(size, [&](char* data, std::size_t) {
+    encodeInto(bytes, data);
     return size;
   });
   return out;
 }
 
 void encodeEscapedTo(BytesView bytes, std::string& out) {
-  // In small pieces, since in the worst case every character is a slash and takes two.
-  constexpr std::size_t piece = 3 * 4096;
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(piece, bytes.size()))) {
+  // In pieces that stay in the innermost cache between the two steps.
+  constexpr std::size_t piece = 3 * 1024;
+  std::array<char, piece / 3 * 4> text;
+  while (!bytes.empty()) {
     const BytesView part = bytes.substr(0, piece);
+    bytes.remove_prefix(part.size());
+    const std::string_view encoded(text.data(), encodeInto(part, text.data()));
     const std::size_t before = out.size();
-    const std::size_t most = (part.size() + 2) / 3 * 8 + avx2::slack;
-    if (out.capacity() < before + most) out.reserve(std::max(before + most, 2 * before));
-    out.resize_and_overwrite(before + most, [&](char* data, std::size_t) {
-      return static_cast<std::size_t>(encodeInto<true>(part, data + before) - data);
+    const std::size_t most = before + 2 * encoded.size() + vectorSlack;
+    if (out.capacity() < most) out.reserve(std::max(most, 2 * before));
+    out.resize_and_overwrite(most, [&](char* data, std::size_t) {
+      return static_cast<std::size_t>(escapeSlashes(encoded, data + before) - data);
     });
   }
 }
 
-std::optional<Bytes> decode(std::string_view text) {
-  if (text.empty()) return Bytes();
+std::optional<Bytes> decode(std::string_view text) { return decodeInPlace(std::string(text)); }
+
+// The output is three quarters of the input and is written behind what has been read, whole vectors
+// included, so one memory serves both.
+std::optional<Bytes> decodeInPlace(std::string text) {
+  if (text.empty()) return text;
   if (text.size() % 4 != 0) return std::nullopt;
   const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
-  const std::string_view whole = text.substr(0, text.size() - (padding > 0 ? 4 : 0));
-  const std::size_t size = whole.size() / 4 * 3;
-
-  bool good = false;
-  Bytes out;
-  out.resize_and_overwrite(size + 3 + avx2::slack, [&](char* data, std::size_t) {
-    good = decodeInto(whole, data);
-    if (!good || padding == 0) return size;
+  const std::size_t whole = text.size() - (padding > 0 ? 4 : 0);
+  std::size_t size = whole / 4 * 3;
+  if (!decodeInto(std::string_view(text).substr(0, whole), text.data())) return std::nullopt;
+  if (padding > 0) {
     // The last quantum with its padding taken as zeros: the bits left over are ignored.
     std::array<char, 4> last{'A', 'A', 'A', 'A'};
-    for (std::size_t k = 0; k < 4 - padding; ++k) last[k] = text[whole.size() + k];
-    good = decodeQuantum(last.data(), data + size);
-    return size + 3 - padding;
-  });
-  if (!good) return std::nullopt;
-  return out;
+    for (std::size_t k = 0; k < 4 - padding; ++k) last[k] = text[whole + k];
+    if (!decodeQuantum(last.data(), text.data() + size)) return std::nullopt;
+    size += 3 - padding;
+  }
+  text.resize(size);
+  return text;
 }
 
 }  // namespace tarnel::base64

@@ -6,10 +6,6 @@
 
 #include <immintrin.h>
 
-#include <bit>
-#include <cstdint>
-#include <cstring>
-
 #define TARNEL_AVX2 __attribute__((target("avx2")))
 
 namespace tarnel::base64::avx2 {
@@ -60,31 +56,6 @@ TARNEL_AVX2 char* encodeAll(std::string_view bytes, std::size_t& i, char* to) {
   return to;
 }
 
-TARNEL_AVX2 char* encodeAllEscaped(std::string_view bytes, std::size_t& i, char* to) {
-  constexpr std::size_t readAhead = 28;
-  alignas(32) char block[2 * charactersAStep] = {};
-  for (; i + readAhead <= bytes.size(); i += bytesAStep) {
-    const __m256i characters = encodeStep(bytes.data() + i);
-    store(to, characters);
-    auto slashes = static_cast<std::uint32_t>(
-        _mm256_movemask_epi8(_mm256_cmpeq_epi8(characters, _mm256_set1_epi8('/'))));
-    if (slashes != 0) {
-      // From each slash on, the block is stored again one place further on, behind a backslash.
-      store(block, characters);
-      char* place = to;
-      for (; slashes != 0; slashes &= slashes - 1) {
-        const int at = std::countr_zero(slashes);
-        place[at] = '\\';
-        ++place;
-        std::memcpy(place + at, block + at, charactersAStep);
-      }
-      to = place;
-    }
-    to += charactersAStep;
-  }
-  return to;
-}
-
 TARNEL_AVX2 char* decodeAll(std::string_view text, std::size_t& i, char* to) {
   const __m256i lowTable = both(_mm_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11,
                                               0x11, 0x13, 0x1A, 0x1B, 0x1B, 0x1B, 0x1A));
@@ -121,10 +92,6 @@ char* encode(std::string_view bytes, std::size_t& i, char* to) {
   return available() ? encodeAll(bytes, i, to) : to;
 }
 
-char* encodeEscaped(std::string_view bytes, std::size_t& i, char* to) {
-  return available() ? encodeAllEscaped(bytes, i, to) : to;
-}
-
 char* decode(std::string_view text, std::size_t& i, char* to) {
   return available() ? decodeAll(text, i, to) : to;
 }
@@ -136,7 +103,6 @@ char* decode(std::string_view text, std::size_t& i, char* to) {
 namespace tarnel::base64::avx2 {
 
 char* encode(std::string_view, std::size_t&, char* to) { return to; }
-char* encodeEscaped(std::string_view, std::size_t&, char* to) { return to; }
 char* decode(std::string_view, std::size_t&, char* to) { return to; }
 
 }  // namespace tarnel::base64::avx2

@@ -8,12 +8,9 @@
 
 namespace tarnel::base64::avx2 {
 
-// Bytes past its end that the output needs room for: whole vectors are stored.
-inline constexpr std::size_t slack = 64;
-
 char* encode(std::string_view bytes, std::size_t& i, char* to);
-char* encodeEscaped(std::string_view bytes, std::size_t& i, char* to);
-// Stops before the first character outside the alphabet.
+// Never writes past what it has read, so the output may be the input's own memory. Stops before the
+// first character outside the alphabet.
 char* decode(std::string_view text, std::size_t& i, char* to);
 
 }  // namespace tarnel::base64::avx2

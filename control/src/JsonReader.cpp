@@ -71,12 +71,14 @@ bool JsonReader::nextKey(std::string_view& key) {
     corrupted("a key was expected");
     return false;
   }
+  const char* const quote = at;
   const auto raw = rawString();
   if (!raw) return false;
   if (!raw->hasEscape && raw->isAscii) {
     key = raw->text;
   } else {
-    if (!decodeString(*raw, scratch)) return false;
+    at = quote;
+    if (!text(scratch)) return false;
     key = scratch;
   }
   return take(':');
@@ -124,25 +126,10 @@ std::optional<JsonReader::RawString> JsonReader::rawString() {
   return RawString{.text = text, .hasEscape = hasEscape, .isAscii = !nonAscii};
 }
 
-bool JsonReader::decodeString(const RawString& raw, std::string& out) {
-  if (!raw.hasEscape) {
-    out.assign(raw.text);
-  } else if (!unescape(raw.text, out)) {
-    corrupted("bad escape");
-    return false;
-  }
-  // An escape never completes a sequence that raw bytes began, so the outcome can be checked whole.
-  if (!raw.isAscii && !isValidUtf8(out)) {
-    corrupted("text is not UTF-8");
-    return false;
-  }
-  return true;
-}
-
 void JsonReader::read(std::string& out) {
   if (failed()) return;
   if (peek() != '"') return fail(Kind::typeMismatch, "a string was expected");
-  if (const auto raw = rawString()) (void)decodeString(*raw, out);
+  (void)text(out);
 }
 
 void JsonReader::read(bool& out) {

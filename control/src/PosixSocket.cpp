@@ -15,6 +15,12 @@ void setNonBlocking(int fd, bool on) {
   ::fcntl(fd, F_SETFL, on ? flags | O_NONBLOCK : flags & ~O_NONBLOCK);
 }
 
+void raiseSocketBuffers(int fd) {
+  const int bytes = 1 << 20;
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
 #if defined(__linux__)
 
 UniqueFd makeUnixStreamSocket() {
@@ -74,8 +80,13 @@ bool peerIsTrusted(int fd) {
 #endif
 
 bool hasReadableByte(int fd) {
+  // Finding nothing sets EAGAIN, which a later end of stream would pass off as a time limit
+  // reached.
+  const int kept = errno;
   char byte = 0;
-  return ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+  const bool found = ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+  errno = kept;
+  return found;
 }
 
 }  // namespace tarnel

@@ -11,9 +11,10 @@ namespace tarnel {
 ssize_t ReceiveBuffer::fill(int fd) {
   if (start > 0 && start == bytes.size()) consume(0);
   const std::size_t before = bytes.size();
-  // Grows by half at least, so that a line in many pieces is copied a bounded number of times.
+  // The next line is probably about as long as the last. Past that, grows by half at least, so that
+  // a line in many pieces is copied a bounded number of times.
   if (bytes.capacity() < before + readSize) {
-    bytes.reserve(std::max(before + readSize, before + before / 2));
+    bytes.reserve(std::max({before + readSize, before + before / 2, expected}));
   }
   ssize_t got = 0;
   bytes.resize_and_overwrite(before + readSize, [&](char* data, std::size_t) {
@@ -33,6 +34,7 @@ std::optional<Bytes> ReceiveBuffer::takeLine() {
     return std::nullopt;
   }
   const auto end = static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data());
+  expected = std::min(end - start + readSize, maxExpected);
   if (start == 0 && end + 1 == bytes.size()) {
     bytes.pop_back();
     scanned = 0;

@@ -66,6 +66,7 @@ std::expected<int, UnixSocketError> connectUnixSocket(const std::string& path) {
   setNonBlocking(fd.get(), false);
   if (!peerIsTrusted(fd.get())) return failure(Kind::connect, EACCES);
   setNoSIGPIPE(fd.get());
+  raiseSocketBuffers(fd.get());
   return fd.release();
 }
 

@@ -95,6 +95,7 @@ std::expected<void, UnixSocketError> UnixSocketServer::start() {
     UniqueFd accepted = acceptConnection(listening);
     if (!accepted.valid()) return;  // the next event tries again
     setNoSIGPIPE(accepted.get());
+    raiseSocketBuffers(accepted.get());
     const int connection = accepted.release();  // the callback's; with none it stays open
     const auto server = weak.lock();
     if (server && server->onConnection) server->onConnection(connection);

@@ -68,7 +68,7 @@ std::optional<std::vector<FileStat>> entriesOf(ControlResponse& response) {
 
 std::optional<Bytes> bytesOf(ControlResponse& response) {
   if (!response.dataBase64) return std::nullopt;
-  return base64::decode(*response.dataBase64);
+  return base64::decodeInPlace(std::move(*response.dataBase64));
 }
 
 // ASCII letters are enough: no other character has a lower case that is a letter of the phrases.

@@ -20,5 +20,7 @@ namespace tarnel::base64 {
 void encodeEscapedTo(BytesView bytes, std::string& out);
 
 [[nodiscard]] std::optional<Bytes> decode(std::string_view text);
+// The same in the text's own memory: the road of a read allocates nothing here.
+[[nodiscard]] std::optional<Bytes> decodeInPlace(std::string text);
 
 }  // namespace tarnel::base64

@@ -86,8 +86,7 @@ class JsonReader {
   bool next(char close);  // steps over the comma; false at the end of the object or array
   bool literal(std::string_view word);
   [[nodiscard]] std::optional<RawString> rawString();
-  bool decodeString(const RawString& raw, std::string& out);
-  bool unescape(std::string_view raw, std::string& out);
+  bool text(std::string& out);
   [[nodiscard]] std::optional<std::string_view> number();
   [[nodiscard]] std::optional<std::int64_t> integer();
   void corrupted(const char* what);

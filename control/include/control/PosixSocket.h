@@ -18,6 +18,10 @@ namespace tarnel {
 
 void setNonBlocking(int fd, bool on);
 
+// Room in the socket for most of a large answer, so that the two sides do not wake each other for
+// every piece of it. As much as the system gives; no failure is told.
+void raiseSocketBuffers(int fd);
+
 // write() to a socket whose peer may have gone: EPIPE, never the signal.
 [[nodiscard]] ssize_t writeWithoutSignal(int fd, BytesView bytes);
 
@@ -25,7 +29,7 @@ void setNonBlocking(int fd, bool on);
 // be told is not trusted.
 [[nodiscard]] bool peerIsTrusted(int fd);
 
-// True when at least one byte can be read now. Does not wait and does not read it.
+// True when at least one byte can be read now. Does not wait, does not read it, keeps errno.
 [[nodiscard]] bool hasReadableByte(int fd);
 
 }  // namespace tarnel

@@ -33,9 +33,12 @@ class ReceiveBuffer {
   void consume(std::size_t count);
 
  private:
+  static constexpr std::size_t maxExpected = 1 << 20;
+
   Bytes bytes;
-  std::size_t start = 0;    // consumed bytes at the front
-  std::size_t scanned = 0;  // no line feed in [start, scanned)
+  std::size_t start = 0;     // consumed bytes at the front
+  std::size_t scanned = 0;   // no line feed in [start, scanned)
+  std::size_t expected = 0;  // room for a line like the last one
 };
 
 }  // namespace tarnel

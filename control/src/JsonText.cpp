@@ -1,11 +1,12 @@
-// The escapes of a JSON string that is read (RFC 8259, section 7).
+// The strings of JSON that are read, with their escapes (RFC 8259, section 7).
 #include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 
-#include "JsonScan.h"
+#include "SlashEscape.h"
 #include "control/JsonReader.h"
+#include "control/Text.h"
 
 namespace tarnel {
 namespace {
@@ -57,7 +58,7 @@ bool unicodeEscape(const char*& p, const char* end, char*& to) {
 
 // One escape, p at the backslash.
 bool escape(const char*& p, const char* end, char*& to) {
-  const char kind = p[1];  // a raw string never ends in a lone backslash
+  const char kind = p[1];  // there is one: a quote comes later
   p += 2;
   switch (kind) {
     case '"':
@@ -89,25 +90,46 @@ bool escape(const char*& p, const char* end, char*& to) {
 
 }  // namespace
 
-bool JsonReader::unescape(std::string_view raw, std::string& out) {
+// Plain bytes are copied as they are looked at. The room is taken up to the next quote, which ends
+// the string unless a backslash stands before it: a listing keeps its many short strings for as
+// long as it is used, so none may hold more than it needs.
+bool JsonReader::text(std::string& out) {
+  constexpr std::size_t vectorBytes = 32;  // whole vectors are stored when there is one to read
+  const char* p = at + 1;                  // past the quote
+  bool nonAscii = false;
   bool good = true;
-  // What is written is never longer than what is read.
-  out.resize_and_overwrite(raw.size(), [&](char* const data, std::size_t) {
-    const char* p = raw.data();
-    const char* const last = p + raw.size();
-    char* to = data;
-    while (p != last && good) {
-      bool nonAscii = false;
-      const char* const special = scanString(p, last, nonAscii);
-      const auto plain = static_cast<std::size_t>(special - p);
-      std::memcpy(to, p, plain);
-      to += plain;
-      p = special;
-      if (p != last) good = escape(p, last, to);
-    }
-    return static_cast<std::size_t>(to - data);
-  });
-  return good;
+  bool closed = false;
+  std::size_t written = 0;
+  while (good && !closed) {
+    const void* const quote = std::memchr(p, '"', static_cast<std::size_t>(end - p));
+    if (quote == nullptr) break;
+    const char* const limit = static_cast<const char*>(quote);
+    const auto room = static_cast<std::size_t>(limit - p);
+    const std::size_t most = written + room + (room >= vectorBytes ? vectorBytes : 0);
+    // The output never outgrows the input.
+    out.resize_and_overwrite(most, [&](char* const data, std::size_t) {
+      char* to = data + written;
+      while (good && p < limit) {
+        p = copyPlain(p, limit, to, nonAscii);
+        if (p < limit) good = *p == '\\' && escape(p, end, to);
+      }
+      written = static_cast<std::size_t>(to - data);
+      return written;
+    });
+    closed = p == limit;  // one further when the quote was escaped
+  }
+  at = p;
+  if (!good || !closed) {
+    corrupted("bad or unterminated string");
+    return false;
+  }
+  ++at;
+  // An escape never completes a sequence that raw bytes began, so the outcome can be checked whole.
+  if (nonAscii && !isValidUtf8(out)) {
+    corrupted("text is not UTF-8");
+    return false;
+  }
+  return true;
 }
 
 }  // namespace tarnel

@@ -1,0 +1,84 @@
+#include "SlashEscapeVbmi2.h"
+
+#if defined(__x86_64__)
+
+#include <immintrin.h>
+
+#include <bit>
+#include <cstdint>
+
+#define TARNEL_VBMI2 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi2,bmi2,popcnt")))
+
+namespace tarnel::vbmi2 {
+namespace {
+
+bool available() {
+  static const bool has = __builtin_cpu_supports("avx512vbmi2") &&
+                          __builtin_cpu_supports("avx512bw") &&
+                          __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("bmi2");
+  return has;
+}
+
+TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
+  constexpr std::size_t step = 32;
+  // Two places for each character: the even one for a backslash, which only a slash uses, the odd
+  // one for the character itself.
+  constexpr std::uint64_t characters = 0xAAAAAAAAAAAAAAAAu;
+  constexpr std::uint64_t backslashes = 0x5555555555555555u;
+  for (; i + step <= text.size(); i += step) {
+    const __m256i block = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text.data() + i));
+    const std::uint32_t slashes = _mm256_cmpeq_epi8_mask(block, _mm256_set1_epi8('/'));
+    const std::uint64_t used = characters | _pdep_u64(slashes, backslashes);
+    const std::uint64_t places = _pext_u64(characters, used);
+    const __m512i spread =
+        _mm512_mask_expand_epi8(_mm512_set1_epi8('\\'), places, _mm512_castsi256_si512(block));
+    _mm512_storeu_si512(to, spread);
+    to += std::popcount(used);
+  }
+  return to;
+}
+
+TARNEL_VBMI2 const char* copyAll(const char* p, const char* end, char*& to, bool& nonAscii) {
+  constexpr int step = 64;
+  std::uint64_t highs = 0;
+  while (end - p >= step) {
+    const __m512i block = _mm512_loadu_si512(p);
+    const std::uint64_t backslashes = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('\\'));
+    const std::uint64_t slashes = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('/'));
+    const std::uint64_t stops = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('"')) |
+                                _mm512_cmplt_epu8_mask(block, _mm512_set1_epi8(0x20));
+    const std::uint64_t otherEscapes = (backslashes << 1) & ~slashes;
+    if ((stops | otherEscapes) != 0) break;
+    // A backslash in the last place waits for the next block, which shows what it escapes.
+    const std::uint64_t last = backslashes >> (step - 1);
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(~backslashes, block));
+    highs |= _mm512_movepi8_mask(block);
+    to += step - std::popcount(backslashes);
+    p += step - static_cast<int>(last);
+  }
+  nonAscii |= highs != 0;
+  return p;
+}
+
+}  // namespace
+
+char* escapeSlashes(std::string_view text, std::size_t& i, char* to) {
+  return available() ? escapeAll(text, i, to) : to;
+}
+
+const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {
+  return available() ? copyAll(p, end, to, nonAscii) : p;
+}
+
+}  // namespace tarnel::vbmi2
+
+#else
+
+namespace tarnel::vbmi2 {
+
+char* escapeSlashes(std::string_view, std::size_t&, char* to) { return to; }
+const char* copyPlain(const char* p, const char*, char*&, bool&) { return p; }
+
+}  // namespace tarnel::vbmi2
+
+#endif

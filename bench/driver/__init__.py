@@ -1,0 +1,1 @@
+"""The parts of run.py, one concept a file."""

@@ -22,11 +22,11 @@ void HostConnection::serve() {
 
 bool HostConnection::answer(BytesView line) {
   const auto request = ControlWire::decode<ControlRequest>(line);
-  if (!request) return writeAll(answerLine(Refusal::malformedRequest));
-  return writeAll(responder.answer(*request, readBuffer));
+  if (!request) return send(answerLine(Refusal::malformedRequest));
+  return responder.answer(*request, *this);
 }
 
-bool HostConnection::writeAll(BytesView bytes) {
+bool HostConnection::send(BytesView bytes) {
   while (!bytes.empty()) {
     const ssize_t count = writeWithoutSignal(fd, bytes);
     if (count > 0) {

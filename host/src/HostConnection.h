@@ -4,13 +4,14 @@
 // thread; its socket may be shut down from another. Borrows the descriptor.
 #pragma once
 
+#include "AnswerSink.h"
 #include "HostResponder.h"
 #include "control/Bytes.h"
 #include "control/ReceiveBuffer.h"
 
 namespace tarnel {
 
-class HostConnection {
+class HostConnection final : private AnswerSink {
  public:
   HostConnection(int connectedFD, HostResponder& answers) : fd(connectedFD), responder(answers) {}
 
@@ -18,12 +19,11 @@ class HostConnection {
 
  private:
   [[nodiscard]] bool answer(BytesView line);
-  [[nodiscard]] bool writeAll(BytesView bytes);
+  [[nodiscard]] bool send(BytesView bytes) override;
 
   const int fd;
   HostResponder& responder;
   ReceiveBuffer received;
-  Bytes readBuffer;  // kept from one read request to the next
 };
 
 }  // namespace tarnel

@@ -4,10 +4,9 @@
 #include <utility>
 
 #include "AnswerLine.h"
-#include "FileRange.h"
 #include "HostStatus.h"
+#include "ReadAnswer.h"
 #include "control/ControlResponse.h"
-#include "control/JsonWriter.h"
 #include "host/DirectoryLister.h"
 
 namespace tarnel {
@@ -22,18 +21,18 @@ std::string printable(std::string_view text) {
   return shown;
 }
 
-// The answer's line is at most this long: four characters for three bytes, a backslash for each
-// that is a slash, and the keys around them.
-std::size_t lineBound(std::size_t bytes) { return (bytes + 2) / 3 * 8 + 64; }
-
 }  // namespace
 
-Bytes HostResponder::answer(const ControlRequest& request, Bytes& readBuffer) {
-  auto line = dispatch(request, readBuffer);
-  return line ? std::move(*line) : answerLine(line.error());
+bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
+  if (request.op == ControlOp::read) {
+    const auto sent = read(request, sink);
+    return sent ? *sent : sink.send(answerLine(sent.error()));
+  }
+  const auto line = dispatch(request);
+  return sink.send(line ? *line : answerLine(line.error()));
 }
 
-HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request, Bytes& readBuffer) {
+HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request) {
   switch (request.op) {
     case ControlOp::shares:
       return shares();
@@ -42,7 +41,6 @@ HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request, Bytes& 
     case ControlOp::list:
       return list(request);
     case ControlOp::read:
-      return read(request, readBuffer);
     case ControlOp::share:
     case ControlOp::confirm:
     case ControlOp::cancel:
@@ -96,25 +94,17 @@ HostResult<Bytes> HostResponder::list(const ControlRequest& request) {
   return std::move(listing->line);
 }
 
-HostResult<Bytes> HostResponder::read(const ControlRequest& request, Bytes& readBuffer) const {
+HostResult<bool> HostResponder::read(const ControlRequest& request, AnswerSink& sink) const {
   const auto located = locate(request);
   if (!located) return std::unexpected(located.error());
   const std::int64_t offset = request.offset.value_or(0);
-  const std::int64_t length = std::min(request.length.value_or(maxReadBytes), maxReadBytes);
+  const std::int64_t length =
+      std::min(request.length.value_or(ReadAnswer::maxBytes), ReadAnswer::maxBytes);
   if (offset < 0) return std::unexpected(Refusal::invalidOffset);
   if (length < 0) return std::unexpected(Refusal::invalidLength);
   const auto file = located->resolver.openFile(located->path.rest);
   if (!file) return std::unexpected(file.error());
-  const auto bytes = readRange(file->get(), offset, length, readBuffer);
-  if (!bytes) return std::unexpected(bytes.error());
-  JsonWriter json;
-  json.reserve(lineBound(bytes->size()));
-  json.beginObject();
-  json.field("status", "ok");
-  json.key("dataBase64");
-  json.base64Value(*bytes);
-  json.endObject();
-  return answerLine(json);
+  return ReadAnswer::send(file->get(), offset, length, sink);
 }
 
 void HostResponder::logNamesLeftOut(std::size_t count, std::string_view location) const {

@@ -1,8 +1,8 @@
 // Answers requests, one line for each: the operations `shares`, `stat`, `list` and `read` on the
 // shares of a table, and an error for every other.
 //
-// `read` gives at most maxReadBytes for any length that is absent or larger; a reader asks again.
-// Threads: any. Each connection brings its own buffer.
+// `read` gives at most ReadAnswer::maxBytes for any length that is absent or larger; a reader asks
+// again. Threads: any. Each connection brings its own sink.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "AnswerSink.h"
 #include "control/Bytes.h"
 #include "control/ControlRequest.h"
 #include "host/AccountNames.h"
@@ -24,13 +25,11 @@ namespace tarnel {
 
 class HostResponder {
  public:
-  static constexpr std::int64_t maxReadBytes = 262'144;
-
   HostResponder(ShareTable shareTable, HostOptions hostOptions)
       : table(std::move(shareTable)), options(std::move(hostOptions)) {}
 
-  // The answer with its line feed. `readBuffer` is memory that lives as long as the connection.
-  [[nodiscard]] Bytes answer(const ControlRequest& request, Bytes& readBuffer);
+  // Sends the answer, a whole line with its line feed; false when the client cannot take it.
+  [[nodiscard]] bool answer(const ControlRequest& request, AnswerSink& sink);
 
  private:
   // A location with its share, which stays open as long as this does.
@@ -44,8 +43,9 @@ class HostResponder {
   [[nodiscard]] Bytes shares() const;
   [[nodiscard]] HostResult<Bytes> stat(const ControlRequest& request);
   [[nodiscard]] HostResult<Bytes> list(const ControlRequest& request);
-  [[nodiscard]] HostResult<Bytes> read(const ControlRequest& request, Bytes& readBuffer) const;
-  [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request, Bytes& readBuffer);
+  [[nodiscard]] HostResult<bool> read(const ControlRequest& request, AnswerSink& sink) const;
+  // Every other operation, whose answer is one line.
+  [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request);
   void logNamesLeftOut(std::size_t count, std::string_view location) const;
 
   const ShareTable table;

@@ -4,8 +4,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "HostPlatform.h"
@@ -28,7 +28,8 @@ std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
   UniqueFd fd(::open(folder.c_str(), directoryNamingFlags()));
   struct stat status;
   if (!fd.valid() || ::fstat(fd.get(), &status) != 0) {
-    return std::unexpected(HostStartError{Kind::folder, folder, std::strerror(errno)});
+    return std::unexpected(
+        HostStartError{Kind::folder, folder, std::generic_category().message(errno)});
   }
   if (isOwnMount && isOwnMount(status.st_dev)) {
     return std::unexpected(HostStartError{Kind::ownMount, folder});

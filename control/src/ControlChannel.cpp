@@ -63,9 +63,12 @@ void ControlChannel::perform(const ControlRequest& request, double timeout,
                              std::uint64_t startGeneration, const ControlChannelReply& reply) {
   auto line = exchange(request, timeout, startGeneration);
   if (!line) return reply(std::unexpected(std::move(line.error())));
-  // A large answer is decoded elsewhere when another request waits for this thread; alone, it is
-  // decoded here, which saves a hand-over between threads.
-  if (decoders && line->size() > inlineDecodeBytes && queue.hasWaiting()) {
+  // A large answer is decoded elsewhere when another request waits for this thread, a very large one
+  // always: a request that comes a moment later would wait for it. Otherwise it is decoded here, which
+  // saves a hand-over between threads.
+  const bool isVeryLarge = line->size() > elsewhereDecodeBytes;
+  const bool isLarge = line->size() > inlineDecodeBytes;
+  if (decoders && (isVeryLarge || (isLarge && queue.hasWaiting()))) {
     decoders->post([line = std::move(*line), reply] { reply(decodeResponse(line)); });
   } else {
     reply(decodeResponse(*line));

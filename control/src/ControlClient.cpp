@@ -70,16 +70,16 @@ void ControlClient::setDeadline(double seconds) {
 std::expected<ControlResponse, ControlClientFailure> ControlClient::send(
     const ControlRequest& request) {
   auto line = exchange(request);
-  if (!line) return std::unexpected(std::move(line.error()));
+  if (!line) return std::unexpected(line.error());
   auto response = ControlWire::decode<ControlResponse>(*line);
   if (!response) return std::unexpected(std::move(response.error()));
   return std::move(*response);
 }
 
 std::expected<Bytes, ControlClientFailure> ControlClient::exchange(const ControlRequest& request) {
-  if (auto sent = sendRaw(request); !sent) return std::unexpected(std::move(sent.error()));
+  if (auto sent = sendRaw(request); !sent) return std::unexpected(sent.error());
   auto line = readLine();
-  if (!line) return std::unexpected(std::move(line.error()));
+  if (!line) return std::unexpected(line.error());
   return std::move(*line);
 }
 

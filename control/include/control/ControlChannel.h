@@ -38,8 +38,10 @@ using ControlChannelReply = std::function<void(ControlChannelResult)>;
 
 class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
  public:
-  // Answers longer than this are decoded by `decoders`, beside the channel's next request.
+  // With decoders, an answer longer than the first is decoded by them when another request waits, and
+  // one longer than the second always: a whole chunk of a file, a large listing.
   static constexpr std::size_t inlineDecodeBytes = 16'384;
+  static constexpr std::size_t elsewhereDecodeBytes = 262'144;
 
   [[nodiscard]] static std::shared_ptr<ControlChannel> make(
       std::string socketPath, std::string label, std::shared_ptr<TaskPool> decoders = nullptr);

@@ -28,6 +28,7 @@ std::string readAll(int fd) {
 void leaveTerminal() {
   (void)!::chdir("/");
   const UniqueFd nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  if (!nothing.valid()) return;
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(nothing.get(), fd);
 }
 

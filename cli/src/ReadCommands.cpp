@@ -1,7 +1,4 @@
 // ls, stat and cat.
-#include <grp.h>
-#include <pwd.h>
-
 #include <array>
 #include <ctime>
 
@@ -10,22 +7,14 @@
 #include "VolumeClient.h"
 #include "control/ControlResponse.h"
 #include "control/JsonWriter.h"
+#include "host/AccountNames.h"
 
 namespace tarnel {
 namespace {
 
-std::string userName(std::uint32_t uid) {
-  const passwd* const user = ::getpwuid(uid);
-  return user != nullptr ? user->pw_name : std::to_string(uid);
-}
-
-std::string groupName(std::uint32_t gid) {
-  const group* const found = ::getgrgid(gid);
-  return found != nullptr ? found->gr_name : std::to_string(gid);
-}
-
 // What the volume shows of an item, under the keys of the protocol.
 ControlStat statOf(const std::string& name, const ItemAttributes& attributes) {
+  static AccountNames accounts;
   ControlStat stat;
   stat.name = name;
   stat.size = static_cast<std::int64_t>(attributes.size);
@@ -34,8 +23,8 @@ ControlStat statOf(const std::string& name, const ItemAttributes& attributes) {
   stat.isDirectory = attributes.type == ItemType::directory;
   stat.mode = attributes.mode;
   stat.nlink = attributes.linkCount;
-  stat.owner = userName(attributes.uid);
-  stat.group = groupName(attributes.gid);
+  stat.owner = accounts.owner(attributes.uid);
+  stat.group = accounts.group(attributes.gid);
   return stat;
 }
 
@@ -151,6 +140,7 @@ int runCat(const VolumeArguments& arguments) {
   int status = done;
   for (const std::string& path : arguments.paths) {
     if (catOne(**client, path) != done) status = failed;
+    if (outputClosed()) break;
   }
   return status;
 }

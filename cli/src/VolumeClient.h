@@ -40,7 +40,7 @@ class VolumeClient {
 
  private:
   class Buffer;
-  VolumeClient(const std::string& socketPath);
+  explicit VolumeClient(const std::string& socketPath);
 
   TarnelFileSystem fileSystem;
   std::shared_ptr<FabricVolume> volume;

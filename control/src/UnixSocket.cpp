@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <system_error>
 
 #include "UnixAddress.h"
 #include "control/PosixSocket.h"
@@ -20,7 +21,7 @@ std::unexpected<UnixSocketError> failure(Kind kind, int error) {
 
 std::string description(const UnixSocketError& error) {
   const auto failed = [&](const char* call) {
-    return std::string(call) + "() failed: " + std::strerror(error.error);
+    return std::string(call) + "() failed: " + std::generic_category().message(error.error);
   };
   switch (error.kind) {
     case Kind::pathTooLong:

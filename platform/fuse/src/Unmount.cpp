@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 #include <vector>
 
 #include "fusefs/MountTable.h"
@@ -51,7 +51,7 @@ std::expected<void, std::string> unmountOwn(const std::string& path, UnmountMode
   if (error == EBUSY || error == EPERM) {
     return std::unexpected(path + " is in use (EBUSY): close what is open there, or use --lazy");
   }
-  return std::unexpected("cannot unmount " + path + ": " + std::strerror(error));
+  return std::unexpected("cannot unmount " + path + ": " + std::generic_category().message(error));
 }
 
 bool cleanUpDeadMount(const std::string& path) {

@@ -1,5 +1,4 @@
-// The bridge from asynchronous work to a system's reply: every operation that needs the host goes
-// through it, so that failures become replies in one way.
+// The bridge from asynchronous work to the system's reply, for every operation that needs the host.
 //
 // The work gets a continuation and returns at once; the source calls the continuation exactly once,
 // from a thread of its own, which is where `complete` runs. No task object, no thread that waits

@@ -8,17 +8,23 @@
 namespace tarnel {
 namespace {
 
-FabricFailure sourceFailure(ControlChannelFailure failure) {
-  if (const auto* error = std::get_if<ControlChannelError>(&failure)) {
-    switch (*error) {
-      case ControlChannelError::timedOut:
-        return FabricSourceError{FabricSourceError::Kind::timedOut};
-      case ControlChannelError::disconnected:
-        return FabricSourceError{FabricSourceError::Kind::disconnected};
-    }
+FabricSourceError sourceError(ControlChannelError error) {
+  switch (error) {
+    case ControlChannelError::timedOut:
+      return {FabricSourceError::Kind::timedOut};
+    case ControlChannelError::disconnected:
+      return {FabricSourceError::Kind::disconnected};
   }
-  if (auto* error = std::get_if<EncodingError>(&failure)) return std::move(*error);
-  return std::move(std::get<DecodingError>(failure));
+  __builtin_unreachable();
+}
+
+FabricFailure sourceFailure(ControlChannelFailure failure) {
+  struct Convert {
+    FabricFailure operator()(ControlChannelError error) const { return sourceError(error); }
+    FabricFailure operator()(EncodingError error) const { return error; }
+    FabricFailure operator()(DecodingError error) const { return error; }
+  };
+  return std::visit(Convert(), std::move(failure));
 }
 
 FileStat fileStat(ControlStat stat) {
@@ -92,6 +98,7 @@ void ControlFabricSource::send(ControlRequest request, Extract<T> extract, Reply
                       return reply(std::unexpected(sourceFailure(std::move(response.error()))));
                     }
                     auto payload = extract(*response);
+                    response->entries.reset();  // a large listing need not stand in memory twice
                     if (!payload) return reply(std::unexpected(classify(response->message)));
                     reply(std::move(*payload));
                   });

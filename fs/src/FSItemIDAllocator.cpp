@@ -1,18 +1,50 @@
 #include "fs/FSItemIDAllocator.h"
 
 #include <cstdlib>
+#include <functional>
 #include <limits>
 
 namespace tarnel {
+namespace {
 
-std::uint64_t FSItemIDAllocator::id(const std::string& relpath) {
+constexpr std::size_t firstSlots = 64;
+
+}  // namespace
+
+FSItemIDAllocator::FSItemIDAllocator() {
   MutexLock hold(lock);
-  const auto [entry, isNew] = ids.try_emplace(relpath, next);
-  if (isNew) {
-    if (next == std::numeric_limits<std::uint64_t>::max()) std::abort();
-    ++next;
+  slots.resize(firstSlots);
+  paths.emplace_back();  // the root is the empty path
+  slots[slotOf({})] = 1;
+}
+
+FSItemIDAllocator::Entry FSItemIDAllocator::entry(std::string_view relpath) {
+  MutexLock hold(lock);
+  std::size_t slot = slotOf(relpath);
+  if (slots[slot] == 0) {
+    if (paths.size() >= std::numeric_limits<Slot>::max()) std::abort();
+    if ((paths.size() + 1) * 3 > slots.size() * 2) {
+      grow();
+      slot = slotOf(relpath);
+    }
+    paths.push_back(texts.add(relpath));
+    slots[slot] = static_cast<Slot>(paths.size());
   }
-  return entry->second;
+  const std::size_t index = slots[slot] - 1;
+  return {.id = root + index, .relpath = paths[index]};
+}
+
+// The path's slot, or the free one where it belongs.
+std::size_t FSItemIDAllocator::slotOf(std::string_view relpath) const {
+  const std::size_t mask = slots.size() - 1;
+  std::size_t slot = std::hash<std::string_view>()(relpath) & mask;
+  while (slots[slot] != 0 && paths[slots[slot] - 1] != relpath) slot = (slot + 1) & mask;
+  return slot;
+}
+
+void FSItemIDAllocator::grow() {
+  slots.assign(slots.size() * 2, 0);
+  for (std::size_t i = 0; i < paths.size(); ++i) slots[slotOf(paths[i])] = static_cast<Slot>(i + 1);
 }
 
 }  // namespace tarnel

@@ -1,25 +1,45 @@
 #include "fs/FabricItem.h"
 
+#include <string>
 #include <utility>
 
 namespace tarnel {
 
-FabricItem::FabricItem(std::string path, std::uint64_t itemID, std::uint64_t parent,
-                       bool synthesized, std::optional<FileStat> firstStat)
-    : relpath(std::move(path)),
-      id(itemID),
+FabricItem::FabricItem(std::shared_ptr<FSItemIDAllocator> allocator,
+                       const FSItemIDAllocator::Entry& path, std::uint64_t parent, bool synthesized,
+                       const FileStat* firstStat)
+    : paths(std::move(allocator)),
+      relpath(path.relpath),
+      id(path.id),
       parentID(parent),
-      isSynthesizedDirectory(synthesized),
-      _lastStat(std::move(firstStat)) {}
-
-std::optional<FileStat> FabricItem::lastStat() const {
-  MutexLock hold(lock);
-  return _lastStat;
+      isSynthesizedDirectory(synthesized) {
+  if (firstStat != nullptr) setLastStat(*firstStat);
 }
 
-void FabricItem::setLastStat(FileStat stat) {
-  MutexLock hold(lock);
-  std::swap(_lastStat.emplace(), stat);
+std::optional<FileStat> FabricItem::lastStat() const {
+  KnownStat known{};
+  {
+    ItemLockHold hold(lock);
+    known = _lastStat;
+  }
+  if (!known.isKnown) return std::nullopt;
+  return FileStat{.name = std::string(relpath.substr(relpath.rfind('/') + 1)),
+                  .size = known.size,
+                  .mtimeMs = known.mtimeMs,
+                  .isDirectory = known.isDirectory,
+                  .mode = known.mode,
+                  .nlink = known.nlink};
+}
+
+void FabricItem::setLastStat(const FileStat& stat) {
+  const KnownStat known = {.size = stat.size,
+                           .mtimeMs = stat.mtimeMs,
+                           .mode = stat.mode,
+                           .nlink = stat.nlink,
+                           .isDirectory = stat.isDirectory,
+                           .isKnown = true};
+  ItemLockHold hold(lock);
+  _lastStat = known;
 }
 
 }  // namespace tarnel

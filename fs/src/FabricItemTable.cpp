@@ -5,35 +5,28 @@
 namespace tarnel {
 
 std::shared_ptr<FabricItem> FabricItemTable::activateRoot() {
-  return lookUpOrCreate("", FSItemIDAllocator::parentOfRoot, true, std::nullopt);
+  return lookUpOrCreate("", FSItemIDAllocator::parentOfRoot, true, nullptr);
 }
 
-std::shared_ptr<FabricItem> FabricItemTable::lookUpOrCreate(std::string relpath,
+std::shared_ptr<FabricItem> FabricItemTable::lookUpOrCreate(std::string_view relpath,
                                                             std::uint64_t parentID,
                                                             bool isSynthesizedDirectory,
-                                                            std::optional<FileStat> firstStat) {
+                                                            const FileStat* firstStat) {
   MutexLock hold(lock);
-  if (const auto found = live.find(relpath); found != live.end()) return found->second;
-  return make(std::move(relpath), parentID, isSynthesizedDirectory, std::move(firstStat));
-}
-
-std::shared_ptr<FabricItem> FabricItemTable::make(std::string relpath, std::uint64_t parentID,
-                                                  bool isSynthesizedDirectory,
-                                                  std::optional<FileStat> firstStat) {
-  const std::uint64_t id = allocator.id(relpath);
-  auto item = std::make_shared<FabricItem>(std::move(relpath), id, parentID, isSynthesizedDirectory,
-                                           std::move(firstStat));
-  live.emplace(item->relpath, item);
+  const FSItemIDAllocator::Entry path = allocator->entry(relpath);
+  if (live.size() <= path.id) live.resize(path.id + 1);
+  std::shared_ptr<FabricItem>& item = live[path.id];
+  if (!item) {
+    item =
+        std::make_shared<FabricItem>(allocator, path, parentID, isSynthesizedDirectory, firstStat);
+  }
   return item;
 }
 
 void FabricItemTable::reclaim(const FabricItem& item) {
-  std::shared_ptr<FabricItem> released;  // outlives the entry, whose key is the item's own text
+  std::shared_ptr<FabricItem> released;  // goes after the lock
   MutexLock hold(lock);
-  const auto found = live.find(item.relpath);
-  if (found == live.end() || found->second.get() != &item) return;
-  released = std::move(found->second);
-  live.erase(found);
+  if (item.id < live.size() && live[item.id].get() == &item) std::swap(live[item.id], released);
 }
 
 }  // namespace tarnel

@@ -64,9 +64,12 @@ bool operator==(const FabricSourceError& a, const FabricSourceError& b) {
 }
 
 std::string description(const FabricFailure& failure) {
-  if (const auto* error = std::get_if<FabricSourceError>(&failure)) return textOf(*error);
-  if (const auto* error = std::get_if<EncodingError>(&failure)) return description(*error);
-  return description(std::get<DecodingError>(failure));
+  struct Describe {
+    std::string operator()(const FabricSourceError& error) const { return textOf(error); }
+    std::string operator()(const EncodingError& error) const { return description(error); }
+    std::string operator()(const DecodingError& error) const { return description(error); }
+  };
+  return std::visit(Describe(), failure);
 }
 
 std::int32_t fabricErrno(const FabricFailure& failure) {

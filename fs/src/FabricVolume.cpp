@@ -63,7 +63,10 @@ void FabricVolume::unmount(const std::function<void()>& reply) {
 
 void FabricVolume::synchronize(const ErrorReply& reply) { reply(std::nullopt); }
 
-void FabricVolume::cancelAll() { source->cancelAll(); }
+void FabricVolume::cancelAll() {
+  ++*cancellations;
+  source->cancelAll();
+}
 
 void FabricVolume::reclaimItem(const ItemRef& item, const ErrorReply& reply) {
   const auto own = std::dynamic_pointer_cast<FabricItem>(item);

@@ -65,8 +65,8 @@ ItemAttributes FabricVolume::attributes(const FabricItem& item, const FileStat& 
   return attributes(item.id, item.parentID, stat, wanted);
 }
 
-ItemAttributes FabricVolume::attributes(const FabricItem& directory, const FabricChild& child,
-                                        WantedAttributes wanted) const {
+ItemAttributes FabricVolume::childAttributes(const FabricItem& directory, const FabricChild& child,
+                                             WantedAttributes wanted) const {
   return attributes(child.id, directory.id, child.status, wanted);
 }
 
@@ -76,14 +76,14 @@ FileStat FabricVolume::synthesizedStat(std::string name) const {
 
 FileStat FabricVolume::synthesizedStat(const FabricItem& item) const {
   if (item.relpath.empty()) return synthesizedStat(std::string(fileSystemTypeName));
-  return synthesizedStat(item.relpath.substr(item.relpath.rfind('/') + 1));
+  return synthesizedStat(std::string(item.relpath.substr(item.relpath.rfind('/') + 1)));
 }
 
 void FabricVolume::getAttributes(WantedAttributes wanted, const ItemRef& item,
                                  AttributesReply reply) {
   const auto own = std::dynamic_pointer_cast<FabricItem>(item);
   if (!own) return reply(std::nullopt, posixError(darwin::inputOutput));
-  log().getAttributes(own->relpath, wanted);
+  if (log().isDebugEnabled()) log().getAttributes(own->relpath, wanted);
   const FabricLocation location = FabricLocation::parse(own->relpath);
   const FabricLocation::InShare* const inShare = location.inShare();
   if (inShare == nullptr) {
@@ -99,7 +99,7 @@ void FabricVolume::getAttributes(WantedAttributes wanted, const ItemRef& item,
           log().getAttributesReply(own->relpath, stat->size, stat->mtimeMs, last ? last->size : -1);
         }
         const ItemAttributes fresh = self->attributes(*own, *stat, wanted);
-        own->setLastStat(std::move(*stat));
+        own->setLastStat(*stat);
         reply(fresh, std::nullopt);
       });
 }

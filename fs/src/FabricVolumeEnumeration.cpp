@@ -1,5 +1,6 @@
 // The children of a directory: listing, verifier, packing.
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "Bridge.h"
@@ -65,7 +66,7 @@ std::uint64_t FabricVolume::directoryVerifier(std::span<const std::string_view> 
 }
 
 FabricChild FabricVolume::synthesizedChild(const FabricItem& parent, std::string name) {
-  const std::uint64_t id = table.allocator.id(childPath(parent.relpath, name));
+  const std::uint64_t id = table.id(childPath(parent.relpath, name));
   return {.status = synthesizedStat(std::move(name)), .id = id, .isSynthesized = true};
 }
 
@@ -88,7 +89,7 @@ void FabricVolume::listing(const std::shared_ptr<FabricItem>& directory,
     Children made;
     made.reserve(stats->size());
     for (FileStat& stat : *stats) {
-      const std::uint64_t id = self->table.allocator.id(childPath(directory->relpath, stat.name));
+      const std::uint64_t id = self->table.id(childPath(directory->relpath, stat.name));
       made.push_back({.status = std::move(stat), .id = id});
     }
     reply(std::move(made));
@@ -114,7 +115,7 @@ void FabricVolume::children(const std::shared_ptr<FabricItem>& directory,
     entries.reserve(found->size());
     for (FabricChild& child : *found) {
       FabricEntry entry{.name = {}, .itemType = typeOf(child.status), .id = child.id};
-      if (wanted) entry.attributes = self->attributes(*directory, child, *wanted);
+      if (wanted) entry.attributes = self->childAttributes(*directory, child, *wanted);
       entry.name = std::move(child.status.name);
       entries.push_back(std::move(entry));
     }
@@ -156,9 +157,9 @@ std::shared_ptr<FabricItem> FabricVolume::registerChild(const FabricItem& direct
   const bool isPeer = directory.relpath.empty();
   // A share as its peer lists it: the status is made up, but the host describes the share.
   if (child.isSynthesized && !isPeer) return nullptr;
-  std::string relpath = childPath(directory.relpath, child.status.name);
-  if (isPeer) return table.lookUpOrCreate(std::move(relpath), directory.id, true, std::nullopt);
-  auto item = table.lookUpOrCreate(std::move(relpath), directory.id, false, child.status);
+  const std::string relpath = childPath(directory.relpath, child.status.name);
+  if (isPeer) return table.lookUpOrCreate(relpath, directory.id, true, nullptr);
+  auto item = table.lookUpOrCreate(relpath, directory.id, false, &child.status);
   item->setLastStat(child.status);
   return item;
 }

@@ -40,8 +40,7 @@ void FabricVolume::lookUpPeer(std::string relpath, const FileName& name, std::ui
         if (std::find(peers->begin(), peers->end(), relpath) == peers->end()) {
           return reply(nullptr, std::nullopt, noEntry);
         }
-        reply(self->table.lookUpOrCreate(relpath, parentID, true, std::nullopt), name,
-              std::nullopt);
+        reply(self->table.lookUpOrCreate(relpath, parentID, true, nullptr), name, std::nullopt);
       });
 }
 
@@ -52,8 +51,8 @@ void FabricVolume::lookUpInShare(std::string relpath, const FileName& name, std:
                [self = shared_from_this(), relpath, name, parentID,
                 reply = std::move(reply)](FabricSource::Result<FileStat> stat) {
                  if (!stat) return reply(nullptr, std::nullopt, volumeError(stat.error()));
-                 const auto item = self->table.lookUpOrCreate(relpath, parentID, false, *stat);
-                 item->setLastStat(std::move(*stat));
+                 const auto item = self->table.lookUpOrCreate(relpath, parentID, false, &*stat);
+                 item->setLastStat(*stat);
                  reply(item, name, std::nullopt);
                });
 }

@@ -17,9 +17,14 @@ class Fill : public std::enable_shared_from_this<Fill> {
  public:
   using Reply = FabricSource::Reply<std::int64_t>;
 
-  Fill(std::shared_ptr<FabricSource> asked, std::shared_ptr<MutableFileBuffer> target,
-       std::string where, std::int64_t start, std::int64_t count, Reply done)
+  using Cancellations = std::shared_ptr<std::atomic<std::uint64_t>>;
+
+  Fill(std::shared_ptr<FabricSource> asked, Cancellations ended,
+       std::shared_ptr<MutableFileBuffer> target, std::string where, std::int64_t start,
+       std::int64_t count, Reply done)
       : source(std::move(asked)),
+        cancellations(std::move(ended)),
+        startedAt(*cancellations),
         buffer(std::move(target)),
         address(std::move(where)),
         offset(start),
@@ -27,6 +32,10 @@ class Fill : public std::enable_shared_from_this<Fill> {
         reply(std::move(done)) {}
 
   void next() {
+    // The next chunk would connect anew, for a reader who has been told that it is over.
+    if (*cancellations != startedAt) {
+      return reply(std::unexpected(FabricSourceError{FabricSourceError::Kind::disconnected}));
+    }
     std::int64_t position = 0;
     if (__builtin_add_overflow(offset, total, &position)) std::abort();
     const std::int64_t length = std::min(wanted - total, FabricVolume::maximumReadBytes);
@@ -58,6 +67,8 @@ class Fill : public std::enable_shared_from_this<Fill> {
   }
 
   const std::shared_ptr<FabricSource> source;
+  const Cancellations cancellations;
+  const std::uint64_t startedAt;
   const std::shared_ptr<MutableFileBuffer> buffer;
   const std::string address;
   const std::int64_t offset;
@@ -85,12 +96,14 @@ void FabricVolume::readBytes(const ItemRef& item, std::int64_t offset, std::int6
   if (offset < 0) return reply(0, posixError(darwin::invalidArgument));
   const std::int64_t wanted = std::min(buffer->length(), length);
   if (wanted < 1) return reply(0, std::nullopt);
-  log().readBytes(own->relpath, offset, wanted, last ? last->size : -1);
+  if (log().isDebugEnabled()) {
+    log().readBytes(own->relpath, offset, wanted, last ? last->size : -1);
+  }
 
   on<std::int64_t>(
       [&](Fill::Reply next) {
-        std::make_shared<Fill>(source, std::move(buffer), std::move(inShare->address), offset,
-                               wanted, std::move(next))
+        std::make_shared<Fill>(source, cancellations, std::move(buffer),
+                               std::move(inShare->address), offset, wanted, std::move(next))
             ->next();
       },
       [reply = std::move(reply)](FabricSource::Result<std::int64_t> count) {

@@ -3,6 +3,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -18,8 +19,11 @@ namespace {
 
 std::string homeDirectory() {
   if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
-  const passwd* const user = ::getpwuid(::getuid());
-  return user != nullptr ? user->pw_dir : "/";
+  passwd user{};
+  passwd* found = nullptr;
+  std::array<char, 4096> texts;
+  ::getpwuid_r(::getuid(), &user, texts.data(), texts.size(), &found);
+  return found != nullptr ? found->pw_dir : "/";
 }
 
 // Milliseconds since 1970, truncated toward zero. A clock that cannot be told so ends the process.
@@ -47,7 +51,7 @@ TarnelFileSystem::TarnelFileSystem(std::string socketPath)
     : givenSocketPath(std::move(socketPath)) {}
 
 std::string TarnelFileSystem::socketPath() const {
-  return givenSocketPath.empty() ? TarnelFSKitSocket::appexPath(homeDirectory()) : givenSocketPath;
+  return givenSocketPath ? *givenSocketPath : TarnelFSKitSocket::appexPath(homeDirectory());
 }
 
 void TarnelFileSystem::probeResource(const Resource&, const ProbeReply& reply) const {
@@ -67,12 +71,12 @@ void TarnelFileSystem::loadResource(const Resource& resource, const TaskOptions&
   auto loaded = FabricVolume::make(FSIdentity::uuid(), std::string(volumeName),
                                    std::make_shared<ControlFabricSource>(std::move(client)),
                                    ::getuid(), ::getgid(), nowMs());
-  std::shared_ptr<FabricVolume> replaced = loaded;
   {
+    std::shared_ptr<FabricVolume> replaced;  // goes after the lock
     MutexLock hold(lock);
-    std::swap(volume, replaced);
-    status = ContainerStatus::ready;
+    replaced = std::exchange(volume, loaded);
   }
+  status = ContainerStatus::ready;
   log().loaded(volumeName, path);
   reply(std::move(loaded), std::nullopt);
 }
@@ -87,11 +91,6 @@ void TarnelFileSystem::unloadResource(const Resource&, const TaskOptions&,
   if (forgotten) forgotten->cancelAll();
   log().unloaded();
   reply(std::nullopt);
-}
-
-ContainerStatus TarnelFileSystem::containerStatus() const {
-  MutexLock hold(lock);
-  return status;
 }
 
 }  // namespace tarnel

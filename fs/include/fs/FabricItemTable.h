@@ -1,14 +1,12 @@
 // The items that the system currently holds, by path, so that a second lookup of a path returns the
-// same object. Keys are exact bytes.
+// same object.
 // Threads: any. Lock order: the table's lock, then the allocator's, and no other nesting.
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
-#include <optional>
-#include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "control/FileStat.h"
 #include "control/Mutex.h"
@@ -23,27 +21,25 @@ class FabricItemTable {
   [[nodiscard]] std::shared_ptr<FabricItem> activateRoot() EXCLUDES(lock);
 
   // The live item of a path; made with the given parent and flag if there is none. A live item
-  // keeps what it was made with. firstStat is for items that the host describes, absent for
+  // keeps what it was made with. firstStat is for items that the host describes, null for
   // synthesized ones.
-  [[nodiscard]] std::shared_ptr<FabricItem> lookUpOrCreate(std::string relpath,
+  [[nodiscard]] std::shared_ptr<FabricItem> lookUpOrCreate(std::string_view relpath,
                                                            std::uint64_t parentID,
                                                            bool isSynthesizedDirectory,
-                                                           std::optional<FileStat> firstStat)
+                                                           const FileStat* firstStat)
       EXCLUDES(lock);
 
   // Forgets this very object; another one that was made for the path since then stays.
   void reclaim(const FabricItem& item) EXCLUDES(lock);
 
-  FSItemIDAllocator allocator;
+  // The id of a path, also of one that has no item.
+  [[nodiscard]] std::uint64_t id(std::string_view relpath) { return allocator->id(relpath); }
 
  private:
-  [[nodiscard]] std::shared_ptr<FabricItem> make(std::string relpath, std::uint64_t parentID,
-                                                 bool isSynthesizedDirectory,
-                                                 std::optional<FileStat> firstStat) REQUIRES(lock);
-
+  const std::shared_ptr<FSItemIDAllocator> allocator = std::make_shared<FSItemIDAllocator>();
   Mutex lock;  // guards live
-  // A key is the relpath of its own item, which lives as long as the entry.
-  std::unordered_map<std::string_view, std::shared_ptr<FabricItem>> live GUARDED_BY(lock);
+  // By id, which stands for exactly one path. A path that is not live costs two words.
+  std::deque<std::shared_ptr<FabricItem>> live GUARDED_BY(lock);
 };
 
 }  // namespace tarnel

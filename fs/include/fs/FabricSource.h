@@ -1,7 +1,9 @@
 // The contract through which the volume asks the host for everything it serves.
 //
 // Every operation is asynchronous: it returns at once and calls `reply` exactly once, later, from a
-// thread of the source's own, never from inside the call. A reply must not block.
+// thread of the source's own, never from inside the call: a reply may ask again, chunk after chunk,
+// and a source that answered inside the call would deepen the stack with each. A reply must not
+// block.
 // Several operations may run at once. A relative path addresses a node below the volume's root.
 // Lifetime: the volume owns one source for its whole life; a reply may come after the source's
 // owner has let go of it.

@@ -3,13 +3,17 @@
 //
 // Replies: each operation calls its reply exactly once. Fixed answers, refusals and the attributes
 // of the root and of peers are replied inside the call; everything that needs the host is replied
-// later, from another thread, and the call returns at once. Nothing can cancel such work once it
-// started. Errors are VolumeErrors: EIO for an item that is not the volume's, ENOENT for a name
+// later, from a thread of the source's, and the call returns at once. Such a reply must not block,
+// least of all wait for another operation of the volume. The system's request cannot cancel work
+// once it started; deactivate and unmount end all that waits, with `disconnected`.
+//
+// Errors are VolumeErrors: EIO for an item that is not the volume's, ENOENT for a name
 // that is unsafe or unknown, EROFS for every change, EINVAL for reading a link or at a negative
 // offset, otherwise fabricErrno of the source's failure; 4506 for a stale directory cookie.
 // Threads: any operation from any thread. Lifetime: shared; work under way keeps the volume.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -95,8 +99,9 @@ class FabricVolume : public std::enable_shared_from_this<FabricVolume> {
   // it has to be looked up.
   [[nodiscard]] std::shared_ptr<FabricItem> registerChild(const FabricItem& directory,
                                                           const FabricChild& child);
-  [[nodiscard]] ItemAttributes attributes(const FabricItem& directory, const FabricChild& child,
-                                          WantedAttributes wanted) const;
+  [[nodiscard]] ItemAttributes childAttributes(const FabricItem& directory,
+                                               const FabricChild& child,
+                                               WantedAttributes wanted) const;
 
   // Reads. The buffer is kept until the reply; bytes go to its position 0.
   void read(const ItemRef& item, std::int64_t offset, std::int64_t length,
@@ -116,7 +121,7 @@ class FabricVolume : public std::enable_shared_from_this<FabricVolume> {
   void write(const CountReply& reply) const;
   void readSymbolicLink(const NameReply& reply) const;  // EINVAL: nothing here is ever a link
 
-  // Ends everything that waits on the source, with `disconnected`.
+  // Ends everything that waits for the host, with `disconnected`, a read between two chunks too.
   void cancelAll();
 
  private:
@@ -135,6 +140,9 @@ class FabricVolume : public std::enable_shared_from_this<FabricVolume> {
                                WantedAttributes wanted, const AttributesReply& reply) const;
 
   const std::shared_ptr<FabricSource> source;
+  // Counts the cancelAll()s; a read under way asks for no further chunk after one.
+  const std::shared_ptr<std::atomic<std::uint64_t>> cancellations =
+      std::make_shared<std::atomic<std::uint64_t>>(0);
   FabricItemTable table;
   const std::uint32_t uid;
   const std::uint32_t gid;

@@ -16,7 +16,8 @@ class MutableFileBuffer {
   MutableFileBuffer& operator=(const MutableFileBuffer&) = delete;
   virtual ~MutableFileBuffer() = default;
 
-  [[nodiscard]] virtual std::int64_t length() const = 0;  // bytes
+  [[nodiscard]] virtual std::int64_t length() const = 0;  // bytes; a read's count is at most this
+  // Hands over exactly length() bytes.
   virtual void withUnsafeMutableBytes(const std::function<void(std::span<char>)>& use) = 0;
 };
 

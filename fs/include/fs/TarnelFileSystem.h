@@ -6,8 +6,10 @@
 // Threads: any. Every reply comes inside the call.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "control/Mutex.h"
@@ -27,7 +29,8 @@ class TarnelFileSystem {
   using ProbeReply = std::function<void(ProbeResult, OptionalError)>;
   using VolumeReply = std::function<void(std::shared_ptr<FabricVolume>, OptionalError)>;
 
-  // Takes the socket from the user's home when it loads.
+  // Takes the socket from the user's home when it loads. A system whose processes have a home of
+  // their own, apart from the user's, gives the path instead.
   TarnelFileSystem() = default;
   // For the command and tests: this socket.
   explicit TarnelFileSystem(std::string socketPath);
@@ -39,15 +42,15 @@ class TarnelFileSystem {
   void unloadResource(const Resource& resource, const TaskOptions& options,
                       const ErrorReply& reply);
 
-  [[nodiscard]] ContainerStatus containerStatus() const EXCLUDES(lock);
+  [[nodiscard]] ContainerStatus containerStatus() const { return status; }
 
  private:
   [[nodiscard]] std::string socketPath() const;
 
-  const std::string givenSocketPath;  // empty: from the home
-  mutable Mutex lock;                 // guards volume and status, for one read or write
+  const std::optional<std::string> givenSocketPath;
+  Mutex lock;  // guards volume, for one read or write
   std::shared_ptr<FabricVolume> volume GUARDED_BY(lock);
-  ContainerStatus status GUARDED_BY(lock) = ContainerStatus::notReady;
+  std::atomic<ContainerStatus> status = ContainerStatus::notReady;
 };
 
 }  // namespace tarnel

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "AdapterRefusals.h"
+#include "HelperMessages.h"
 #include "control/Mutex.h"
 #include "control/Thread.h"
 #include "fusefs/MountTable.h"
@@ -159,8 +160,11 @@ std::expected<void, std::string> Adapter::mountOn(const std::string& mountpoint)
   session = fuse_session_new(&args, &adapterOperations(), sizeof(fuse_lowlevel_ops), this);
   fuse_opt_free_args(&args);
   if (session == nullptr) return std::unexpected("cannot start FUSE: " + LibraryMessages::last());
+  HelperMessages helper;
   if (fuse_session_mount(session, mountpoint.c_str()) != 0) {
-    return std::unexpected("cannot mount on " + mountpoint + ": " + LibraryMessages::last());
+    const std::string said = helper.take();
+    return std::unexpected("cannot mount on " + mountpoint + ": " +
+                           (said.empty() ? LibraryMessages::last() : said));
   }
   return {};
 }

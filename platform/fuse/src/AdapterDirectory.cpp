@@ -58,17 +58,11 @@ void Adapter::takeSnapshot(const std::shared_ptr<FabricItem>& directory,
 void Adapter::opendir(fuse_req_t request, fuse_ino_t node, const fuse_file_info& info) {
   const auto directory = itemOf(request, node);
   if (!directory) return;
-  const auto pending = PendingRequest::make(shared_from_this(), request);
-  takeSnapshot(directory, [pending, directory, info](FabricSource::Result<SnapshotPointer> taken) {
-    if (!taken) return pending->fail(systemErrno(volumeError(taken.error())));
-    if (!pending->claim()) return;
-    auto handle = std::make_unique<HandlePointer>(
-        std::make_shared<DirectoryHandle>(directory, std::move(*taken)));
-    fuse_file_info opened = info;
-    opened.fh = reinterpret_cast<std::uint64_t>(handle.get());
-    // Released by releasedir, unless the kernel did not take it.
-    if (fuse_reply_open(pending->request(), &opened) == 0) (void)handle.release();
-  });
+  auto handle = std::make_unique<HandlePointer>(std::make_shared<DirectoryHandle>(directory));
+  fuse_file_info opened = info;
+  opened.fh = reinterpret_cast<std::uint64_t>(handle.get());
+  // Released by releasedir, unless the kernel did not take it.
+  if (fuse_reply_open(request, &opened) == 0) (void)handle.release();
 }
 
 void Adapter::readdir(fuse_req_t request, std::size_t size, off_t offset,
@@ -127,7 +121,7 @@ std::size_t Adapter::addEntry(fuse_req_t request, char* to, std::size_t room,
                         !nodes.isFresherThan(id, snapshot.takenAt);
   if (const auto item = mayServe ? volume->registerChild(directory, *child) : nullptr) {
     entry.ino = NodeTable::nodeID(*item);
-    entry.attr = systemStat(volume->attributes(directory, *child, allAttributes));
+    entry.attr = systemStat(volume->childAttributes(directory, *child, allAttributes));
     entry.attr_timeout = options.attributeTimeout;
     entry.entry_timeout = options.entryTimeout;
     if (const auto replaced = nodes.addLookup(item, snapshot.takenAt)) reclaim(replaced);

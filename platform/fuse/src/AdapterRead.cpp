@@ -35,10 +35,9 @@ void Adapter::open(fuse_req_t request, fuse_ino_t, const fuse_file_info& info) {
     fuse_reply_err(request, systemErrno(posixError(darwin::readOnly)));
     return;
   }
-  fuse_file_info opened = info;
-  // Cached pages stay from one open to the next; they go when the attributes change.
-  opened.keep_cache = 1;
-  fuse_reply_open(request, &opened);
+  // Pages that an earlier open left in the cache go: a file that was replaced by one of the same
+  // size and time must show its own bytes.
+  fuse_reply_open(request, &info);
 }
 
 void Adapter::read(fuse_req_t request, fuse_ino_t node, std::size_t size, off_t offset) {

@@ -1,6 +1,8 @@
-// An open directory: one listing of the volume, taken when it was opened and again after a rewind,
-// from which every readdir at any offset is served. The volume itself lists anew at each call,
-// which would cost the square of a directory's size for a kernel that asks for 4 KiB at a time.
+// An open directory: one listing of the volume, taken when it is first read and again after a
+// rewind, from which every readdir at any offset is served. The volume itself lists anew at each
+// call, which would cost the square of a directory's size for a kernel that asks for 4 KiB at a
+// time. Opening alone asks nothing: programs open folders that they never list (df does), and must
+// not wait for the host then.
 #pragma once
 
 #include <cstdint>
@@ -21,16 +23,14 @@ struct DirectorySnapshot {
 
 class DirectoryHandle {
  public:
-  DirectoryHandle(std::shared_ptr<FabricItem> item, std::shared_ptr<const DirectorySnapshot> first)
-      : directory(std::move(item)), snapshot(std::move(first)) {}
+  explicit DirectoryHandle(std::shared_ptr<FabricItem> item) : directory(std::move(item)) {}
 
   const std::shared_ptr<FabricItem> directory;
 
-  // What serves a readdir at this offset; nullptr after a rewind: take a new one.
+  // What serves a readdir at this offset; nullptr at the start, where every pass takes a new one.
   [[nodiscard]] std::shared_ptr<const DirectorySnapshot> at(std::uint64_t offset) EXCLUDES(lock) {
     MutexLock hold(lock);
-    if (offset != 0) return snapshot;
-    return std::exchange(begun, true) ? nullptr : snapshot;
+    return offset == 0 ? nullptr : snapshot;
   }
   void replace(std::shared_ptr<const DirectorySnapshot> taken) EXCLUDES(lock) {
     MutexLock hold(lock);
@@ -38,9 +38,8 @@ class DirectoryHandle {
   }
 
  private:
-  Mutex lock;  // guards snapshot and begun
+  Mutex lock;  // guards snapshot
   std::shared_ptr<const DirectorySnapshot> snapshot GUARDED_BY(lock);
-  bool begun GUARDED_BY(lock) = false;  // offset 0 was served
 };
 
 }  // namespace tarnel

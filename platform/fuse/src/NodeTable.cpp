@@ -9,22 +9,32 @@ namespace tarnel {
 
 NodeTable::NodeTable(const ItemPointer& root) {
   MutexLock hold(lock);
-  nodes[rootNode] = {.item = root, .lookups = 1, .freshAt = {}};  // the kernel never forgets it
+  at(rootNode) = {.item = root, .lookups = 1, .freshAt = {}};  // the kernel never forgets it
 }
 
 std::uint64_t NodeTable::nodeID(const FabricItem& item) {
   return item.id == FSItemIDAllocator::root ? rootNode : item.id;
 }
 
+NodeTable::Node& NodeTable::at(std::uint64_t node) {
+  if (nodes.size() <= node) nodes.resize(node + 1);
+  return nodes[node];
+}
+
+NodeTable::Node* NodeTable::find(std::uint64_t node) {
+  if (node >= nodes.size() || nodes[node].lookups == 0) return nullptr;
+  return &nodes[node];
+}
+
 NodeTable::ItemPointer NodeTable::item(std::uint64_t node) {
   MutexLock hold(lock);
-  const auto found = nodes.find(node);
-  return found == nodes.end() ? nullptr : found->second.item;
+  const Node* const found = find(node);
+  return found != nullptr ? found->item : nullptr;
 }
 
 NodeTable::ItemPointer NodeTable::addLookup(const ItemPointer& item, Clock::time_point freshAt) {
   MutexLock hold(lock);
-  Node& node = nodes[nodeID(*item)];
+  Node& node = at(nodeID(*item));
   ++node.lookups;
   node.freshAt = std::max(node.freshAt, freshAt);
   if (node.item == item) return nullptr;
@@ -33,30 +43,27 @@ NodeTable::ItemPointer NodeTable::addLookup(const ItemPointer& item, Clock::time
 
 NodeTable::ItemPointer NodeTable::forget(std::uint64_t node, std::uint64_t lookups) {
   MutexLock hold(lock);
-  const auto found = nodes.find(node);
-  if (found == nodes.end() || node == rootNode) return nullptr;
-  found->second.lookups -= std::min(lookups, found->second.lookups);
-  if (found->second.lookups > 0) return nullptr;
-  ItemPointer item = std::move(found->second.item);
-  nodes.erase(found);
-  return item;
+  Node* const found = find(node);
+  if (found == nullptr || node == rootNode) return nullptr;
+  found->lookups -= std::min(lookups, found->lookups);
+  if (found->lookups > 0) return nullptr;
+  return std::exchange(*found, Node()).item;
 }
 
 bool NodeTable::knows(const FabricItem& item) {
   MutexLock hold(lock);
-  return nodes.contains(nodeID(item));
+  return find(nodeID(item)) != nullptr;
 }
 
 void NodeTable::refreshed(std::uint64_t node, Clock::time_point at) {
   MutexLock hold(lock);
-  const auto found = nodes.find(node);
-  if (found != nodes.end()) found->second.freshAt = std::max(found->second.freshAt, at);
+  if (Node* const found = find(node)) found->freshAt = std::max(found->freshAt, at);
 }
 
 bool NodeTable::isFresherThan(std::uint64_t node, Clock::time_point at) {
   MutexLock hold(lock);
-  const auto found = nodes.find(node);
-  return found != nodes.end() && found->second.freshAt > at;
+  const Node* const found = find(node);
+  return found != nullptr && found->freshAt > at;
 }
 
 }  // namespace tarnel

@@ -7,8 +7,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <memory>
-#include <unordered_map>
 
 #include "control/Mutex.h"
 #include "fs/FabricItem.h"
@@ -46,8 +46,12 @@ class NodeTable {
     Clock::time_point freshAt;
   };
 
-  Mutex lock;  // guards nodes
-  std::unordered_map<std::uint64_t, Node> nodes GUARDED_BY(lock);
+  // The node of a number, known or not yet.
+  [[nodiscard]] Node& at(std::uint64_t node) REQUIRES(lock);
+  [[nodiscard]] Node* find(std::uint64_t node) REQUIRES(lock);  // nullptr unless the kernel has it
+
+  Mutex lock;                               // guards nodes
+  std::deque<Node> nodes GUARDED_BY(lock);  // by number: ids are dense
 };
 
 }  // namespace tarnel

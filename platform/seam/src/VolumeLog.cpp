@@ -22,8 +22,8 @@ class SilentLog final : public TextLog {
 };
 
 std::atomic<VolumeLog*>& current() {
-  static SilentLog silent;
-  static std::atomic<VolumeLog*> log{&silent};
+  // Never destroyed: a thread that is blocked in a socket call may log after the end of main.
+  static std::atomic<VolumeLog*>& log = *new std::atomic<VolumeLog*>(new SilentLog);
   return log;
 }
 
@@ -50,7 +50,6 @@ void TextLog::loaded(std::string_view volumeName, std::string_view socketPath) {
 void TextLog::unloaded() { line(Level::notice, "unloaded"); }
 
 void TextLog::getAttributes(std::string_view relpath, std::uint64_t wanted) {
-  if (!isDebugEnabled()) return;
   line(Level::debug,
        "getAttributes relpath=" + std::string(relpath) + " wanted=0x" + hexadecimal(wanted));
 }
@@ -74,7 +73,6 @@ void TextLog::getAttributesFailed(std::string_view relpath, std::string_view err
 
 void TextLog::readBytes(std::string_view relpath, std::int64_t offset, std::int64_t wanted,
                         std::int64_t lastKnownSize) {
-  if (!isDebugEnabled()) return;
   line(Level::debug, "readBytes relpath=" + std::string(relpath) +
                          " offset=" + std::to_string(offset) + " wanted=" + std::to_string(wanted) +
                          " lastKnownSize=" + std::to_string(lastKnownSize));

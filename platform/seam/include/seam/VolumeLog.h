@@ -2,7 +2,7 @@
 // formats (os_log) can hold them. TextLog renders the same lines as text for everything else.
 //
 // Levels: life-cycle lines are notices, per-request lines are debug, failures and stale answers are
-// errors. Threads: every call from any thread.
+// errors. Texts are views, without a terminating zero. Threads: every call from any thread.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ class VolumeLog {
   VolumeLog& operator=(const VolumeLog&) = delete;
   virtual ~VolumeLog() = default;
 
-  // False lets a caller skip what only a debug line needs.
+  // Callers ask before each debug line, so that a line that nobody wants costs nothing.
   [[nodiscard]] virtual bool isDebugEnabled() const = 0;
 
   virtual void loadResource(std::string_view typeName) = 0;
@@ -57,8 +57,8 @@ class TextLog : public VolumeLog {
   void reclaimItem(std::string_view relpath, std::uint64_t id) final;
 };
 
-// The one log of the process. Silent until an adapter sets its own, which happens before the first
-// file system is made; the log lives as long as the process.
+// The one log of the process. Silent until an adapter sets its own, before the first file system is
+// made. A log is never destroyed: threads that nobody joins may still use it at the very end.
 [[nodiscard]] VolumeLog& log();
 void setLog(VolumeLog& log);
 

@@ -10,7 +10,9 @@
 namespace tarnel {
 namespace {
 
-bool failedToWrite = false;  // the command has one thread that prints
+// The command has one thread that prints.
+bool closed = false;
+bool failedToWrite = false;
 
 }  // namespace
 
@@ -46,6 +48,7 @@ bool print(std::string_view text) {
     const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
     if (written < 0) {
       if (errno == EINTR) continue;
+      closed = true;
       failedToWrite = errno != EPIPE;  // `tarnel cat ... | head` ends quietly
       return false;
     }
@@ -53,6 +56,8 @@ bool print(std::string_view text) {
   }
   return true;
 }
+
+bool outputClosed() { return closed; }
 
 bool outputFailed() { return failedToWrite; }
 

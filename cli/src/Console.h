@@ -23,6 +23,8 @@ int fail(std::string_view message);
 // when it cannot be written, which is: see `outputFailed`.
 bool print(std::string_view text);
 [[nodiscard]] bool outputFailed();
+// True once nothing more can be printed, for either reason.
+[[nodiscard]] bool outputClosed();
 
 // "ENOENT" for this system's number.
 [[nodiscard]] std::string errnoName(int error);

@@ -9,9 +9,11 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <expected>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "Commands.h"
@@ -40,15 +42,27 @@ std::string withErrno(const std::string& path, const std::string& what, int erro
   return path + ": " + what + " (" + errnoName(error) + ")";
 }
 
-// The folder as an absolute path without links, or what is wrong with it.
-Checked checkMountpoint(const std::string& given) {
-  std::error_code error;
-  const auto absolute = std::filesystem::absolute(given, error);
-  if (!error && cleanUpDeadMount(absolute.lexically_normal().string())) {
-    fail(given + ": cleaned up a mount whose process has gone");
+// The folder as an absolute path without links, or an errno. What is mounted on it is not asked, so
+// this holds for a dead or silent mount too; a "/" behind it would ask.
+std::expected<std::string, int> resolved(std::string given) {
+  while (given.ends_with("/") || given.ends_with("/.")) {
+    const std::size_t kept = given.find_last_of('/');
+    if (kept == 0) break;
+    given.resize(kept);
   }
-  const std::string path = std::filesystem::canonical(given, error).string();
-  if (error) return std::unexpected(withErrno(given, "cannot be used", error.value()));
+  const std::unique_ptr<char, decltype(&std::free)> path(::realpath(given.c_str(), nullptr),
+                                                         &std::free);
+  if (!path) return std::unexpected(errno);
+  return path.get();
+}
+
+// The folder's resolved path, or what is wrong with it.
+Checked checkMountpoint(const std::string& given) {
+  const auto real = resolved(given);
+  if (!real) return std::unexpected(withErrno(given, "cannot be used", real.error()));
+  const std::string& path = *real;
+  if (cleanUpDeadMount(path)) fail(given + ": cleaned up a mount whose process has gone");
+  std::error_code error;
   if (!std::filesystem::is_directory(path, error)) {
     return std::unexpected(withErrno(given, "not a folder", ENOTDIR));
   }
@@ -76,13 +90,18 @@ std::expected<void, std::string> checkFuse() {
 }
 
 void warnWithoutHost(const std::string& socket) {
-  const auto fd = connectUnixSocket(socket);
-  if (fd) {
+  if (const auto fd = connectUnixSocket(socket)) {
     ::close(*fd);
   } else {
     fail("no host answers on " + socket + " yet (" + description(fd.error()) +
          "); the volume fills when one does");
   }
+}
+
+// Takes this mount away, and no other that came to stand on the same folder.
+void unmountDevice(const std::string& path, dev_t device) {
+  const auto top = mountAt(path);
+  if (top && top->device == device) (void)unmountOwn(path, UnmountMode::lazy);
 }
 
 // Waits for the mount's end, or for a signal that ends it.
@@ -162,7 +181,7 @@ int serveMount(const MountArguments& arguments, const std::string& path,
   ready();
 
   if (waiter.wait(-1) == EndWaiter::End::signal) {
-    (void)unmountOwn(path, UnmountMode::lazy);
+    unmountDevice(path, status.st_dev);
     volume->cancelAll();
     (void)waiter.wait(patience);
   }
@@ -184,45 +203,38 @@ int runMount(const MountArguments& arguments) {
     fail(parsed.error());
     return usage;
   }
-  if (arguments.socket.size() > maxSocketPathBytes) {
+  // The daemon's folder changes, so the socket's path must not depend on it.
+  MountArguments used = arguments;
+  if (!used.foreground) used.socket = std::filesystem::absolute(used.socket).string();
+  if (used.socket.size() > maxSocketPathBytes) {
     return fail(description(
-        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = arguments.socket}));
+        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = used.socket}));
   }
   if (const auto fuse = checkFuse(); !fuse) return fail(fuse.error());
   const Checked path = checkMountpoint(arguments.mountpoint);
   if (!path) return fail(path.error());
-  warnWithoutHost(arguments.socket);
-  // The daemon's folder changes, so the socket's path must not depend on it.
-  MountArguments absolute = arguments;
-  absolute.socket = std::filesystem::absolute(arguments.socket).string();
-  if (absolute.socket.size() > maxSocketPathBytes) absolute.socket = arguments.socket;
-
   if (arguments.foreground) {
     logToStandardError(arguments.debug);
     return serveMount(
-        absolute, *path, options, [] {}, [](const std::string& message) { return fail(message); });
+        used, *path, options, [&] { warnWithoutHost(used.socket); },
+        [](const std::string& message) { return fail(message); });
   }
   return runAsDaemon([&](Daemon& daemon) {
     logToSystemLog();
     return serveMount(
-        absolute, *path, options, [&] { daemon.ready(); },
+        used, *path, options,
+        [&] {
+          warnWithoutHost(used.socket);
+          daemon.ready();
+        },
         [&](const std::string& message) { return daemon.failed(message); });
   });
 }
 
 int runUnmount(const UnmountArguments& arguments) {
-  // A dead or silent mount cannot be resolved itself, but the folder that holds it can.
-  std::error_code error;
-  const auto absolute = std::filesystem::absolute(arguments.mountpoint, error).lexically_normal();
-  auto folder = absolute.has_filename() ? absolute : absolute.parent_path();
-  const auto parent = std::filesystem::canonical(folder.parent_path(), error);
-  std::string path = error ? folder.string() : (parent / folder.filename()).string();
-  if (!mountAt(path)) {
-    const auto real = std::filesystem::canonical(folder, error);
-    if (error) return fail(withErrno(arguments.mountpoint, "cannot be used", error.value()));
-    path = real.string();
-  }
-  const auto unmounted = unmountOwn(path, arguments.lazy ? UnmountMode::lazy : UnmountMode::whole);
+  const auto path = resolved(arguments.mountpoint);
+  if (!path) return fail(withErrno(arguments.mountpoint, "cannot be used", path.error()));
+  const auto unmounted = unmountOwn(*path, arguments.lazy ? UnmountMode::lazy : UnmountMode::whole);
   return unmounted ? done : fail(unmounted.error());
 }
 

@@ -56,14 +56,18 @@ class CommandLine {
   }
 
  private:
+  // Options that may be given several times take one value each: what follows is another
+  // argument's.
   void defineHost() {
     CLI::App* const command = app.add_subcommand("host", "Share folders until Ctrl-C");
     addSocket(*command, host.socket);
     command->add_option("--share", host.shares, "Share a folder as me/NAME")
         ->type_name("NAME=DIR")
+        ->allow_extra_args(false)
         ->take_all();
     command->add_option("--peer", host.peers, "Share a folder under a peer's name")
         ->type_name("PEER/NAME=DIR")
+        ->allow_extra_args(false)
         ->take_all();
     command->add_option("DIR", host.folders, "Folders to share under their own names");
     command->callback([this] { action = [this] { return runHost(host); }; });
@@ -78,6 +82,7 @@ class CommandLine {
         ->add_option("-o", mount.options,
                      "ro, allow_other, default_permissions, attr_timeout=S, entry_timeout=S")
         ->type_name("OPTIONS")
+        ->allow_extra_args(false)
         ->take_all();
     command->add_option("MOUNTPOINT", mount.mountpoint, "An empty folder")->required();
     command->callback([this] { action = [this] { return runMount(mount); }; });

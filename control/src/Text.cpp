@@ -2,10 +2,12 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <optional>
+#include <vector>
 
 namespace tarnel {
 namespace {
@@ -35,6 +37,44 @@ std::size_t sequenceLength(std::string_view text, std::size_t i) {
   return overlong || surrogate || tooLarge ? 0 : length;
 }
 
+using CodePoints = std::vector<utf8proc_int32_t>;
+
+constexpr auto composing = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE);
+
+// The canonical decomposition, its marks not yet in order; nullopt when the text is not UTF-8.
+std::optional<CodePoints> decomposed(std::string_view text) {
+  CodePoints points;
+  points.reserve(text.size() + 1);
+  const auto* at = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+  const auto* const end = at + text.size();
+  int unused = 0;
+  while (at != end) {
+    utf8proc_int32_t point = 0;
+    const utf8proc_ssize_t read = utf8proc_iterate(at, end - at, &point);
+    if (read < 0) return std::nullopt;
+    at += read;
+    std::array<utf8proc_int32_t, 16> parts;  // no character has more than four
+    const utf8proc_ssize_t count =
+        utf8proc_decompose_char(point, parts.data(), parts.size(), composing, &unused);
+    points.insert(points.end(), parts.begin(), parts.begin() + count);
+  }
+  return points;
+}
+
+int combiningClass(utf8proc_int32_t point) { return utf8proc_get_property(point)->combining_class; }
+
+bool isMark(utf8proc_int32_t point) { return combiningClass(point) > 0; }
+
+// The canonical order: each run of marks by class, marks of one class as they came.
+void orderMarks(CodePoints& points) {
+  const auto end = points.end();
+  for (auto at = std::find_if(points.begin(), end, isMark); at != end;) {
+    const auto runEnd = std::find_if_not(at, end, isMark);
+    if (runEnd - at > 1) std::ranges::stable_sort(at, runEnd, {}, combiningClass);
+    at = std::find_if(runEnd, end, isMark);
+  }
+}
+
 }  // namespace
 
 bool isAscii(std::string_view text) {
@@ -59,16 +99,18 @@ bool isValidUtf8(std::string_view text) {
   return true;
 }
 
+// The library's own utf8proc_map exchanges marks pair by pair, so that the time for one hostile name
+// grows with the square of its length; these are its steps, with a sort in the place of that one.
 std::string composed(std::string_view text) {
   if (isAscii(text)) return std::string(text);
-  utf8proc_uint8_t* made = nullptr;
-  const auto options = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE);
-  const utf8proc_ssize_t length =
-      utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-                   static_cast<utf8proc_ssize_t>(text.size()), &made, options);
-  if (length < 0) return std::string(text);  // not UTF-8
-  const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(made, &std::free);
-  return std::string(reinterpret_cast<const char*>(made), static_cast<std::size_t>(length));
+  auto points = decomposed(text);
+  if (!points) return std::string(text);  // not UTF-8
+  orderMarks(*points);
+  const auto count = static_cast<utf8proc_ssize_t>(points->size());
+  points->push_back(0);  // room for the zero that ends the UTF-8, written in the points' own memory
+  const utf8proc_ssize_t length = utf8proc_reencode(points->data(), count, composing);
+  return std::string(reinterpret_cast<const char*>(points->data()),
+                     static_cast<std::size_t>(length));
 }
 
 bool textEqual(std::string_view a, std::string_view b) {

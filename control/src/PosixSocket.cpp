@@ -31,6 +31,12 @@ UniqueFd acceptConnection(int listenFD) {
   return UniqueFd(::accept4(listenFD, nullptr, nullptr, SOCK_CLOEXEC));
 }
 
+std::optional<Pipe> makePipe() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
+  return Pipe{.readEnd = UniqueFd(ends[0]), .writeEnd = UniqueFd(ends[1])};
+}
+
 void setNoSIGPIPE(int) {}  // writeWithoutSignal carries MSG_NOSIGNAL instead
 
 ssize_t writeWithoutSignal(int fd, BytesView bytes) {
@@ -59,6 +65,12 @@ UniqueFd acceptConnection(int listenFD) {
   UniqueFd fd = closedOnExec(::accept(listenFD, nullptr, nullptr));
   if (fd.valid()) setNonBlocking(fd.get(), false);  // inherited from the listener here
   return fd;
+}
+
+std::optional<Pipe> makePipe() {
+  int ends[2];
+  if (::pipe(ends) != 0) return std::nullopt;
+  return Pipe{.readEnd = closedOnExec(ends[0]), .writeEnd = closedOnExec(ends[1])};
 }
 
 void setNoSIGPIPE(int fd) {

@@ -17,6 +17,7 @@ namespace tarnel {
 namespace {
 
 constexpr int backlog = 8;
+constexpr int restMs = 100;
 constexpr const char* queueLabel = "tarnel.tailsocket.accept";
 
 std::unexpected<UnixSocketError> failure(UnixSocketError::Kind kind, int error) {
@@ -29,27 +30,26 @@ std::unexpected<UnixSocketError> failure(UnixSocketError::Kind kind, int error) 
 // event, until it is cancelled through a pipe.
 class UnixSocketServer::ReadinessSource {
  public:
-  [[nodiscard]] static std::shared_ptr<ReadinessSource> start(int fd,
-                                                              std::function<void()> handler) {
-    int ends[2];
-    if (::pipe(ends) != 0) return nullptr;
-    auto made = std::shared_ptr<ReadinessSource>(new ReadinessSource(UniqueFd(ends[1])));
-    made->thread = startThread(
-        queueLabel, [fd, stop = std::make_shared<UniqueFd>(ends[0]), handler = std::move(handler)] {
-          pollfd watched[2] = {{.fd = fd, .events = POLLIN, .revents = 0},
-                               {.fd = stop->get(), .events = 0, .revents = 0}};
-          while (::poll(watched, 2, -1) >= 0 || errno == EINTR) {
-            if (watched[1].revents != 0) return;
-            if (watched[0].revents != 0) handler();
-          }
-        });
+  // False when what is there could not be taken: the thread looks again after a rest.
+  using Handler = std::function<bool()>;
+
+  // Null with errno set when there is no pipe.
+  [[nodiscard]] static std::shared_ptr<ReadinessSource> start(int fd, Handler handler) {
+    auto stop = makePipe();
+    if (!stop) return nullptr;
+    auto made = std::shared_ptr<ReadinessSource>(new ReadinessSource(std::move(*stop)));
+    made->thread = startThread(queueLabel, [fd, stop = made->stop, handler = std::move(handler)] {
+      watch(fd, stop->readEnd.get(), handler);
+    });
     return made;
   }
 
   // Returns when no handler runs any more, unless a handler itself cancels.
   void cancel() {
-    cancelled.reset();
-    if (!thread.joinable()) return;
+    // A byte and not only a close: a child process may hold the write end as well.
+    const char byte = 0;
+    while (::write(stop->writeEnd.get(), &byte, 1) < 0 && errno == EINTR) {
+    }
     if (thread.get_id() == std::this_thread::get_id()) {
       thread.detach();
     } else {
@@ -57,17 +57,42 @@ class UnixSocketServer::ReadinessSource {
     }
   }
 
+  // Without a cancel the thread goes on listening, and keeps the pipe.
   ~ReadinessSource() {
     if (thread.joinable()) thread.detach();
-    (void)cancelled.release();  // a server that was only released goes on listening
   }
 
  private:
-  explicit ReadinessSource(UniqueFd writeEnd) : cancelled(std::move(writeEnd)) {}
+  explicit ReadinessSource(Pipe pipe) : stop(std::make_shared<Pipe>(std::move(pipe))) {}
 
-  UniqueFd cancelled;  // closing it ends the thread
+  static void watch(int fd, int stopFD, const Handler& handler) {
+    pollfd watched[2] = {{.fd = stopFD, .events = POLLIN, .revents = 0},
+                         {.fd = fd, .events = POLLIN, .revents = 0}};
+    bool resting = false;  // with an eye on the stop alone
+    while (true) {
+      const int ready = ::poll(watched, resting ? 1 : 2, resting ? restMs : -1);
+      if (ready < 0 && errno != EINTR) return;
+      if (ready > 0 && watched[0].revents != 0) return;
+      resting = !resting && ready > 0 && !handler();
+    }
+  }
+
+  const std::shared_ptr<Pipe> stop;  // shared with the thread
   std::thread thread;
 };
+
+// One connection, if there is still one. False when the system has no room for it (descriptors,
+// memory): it stays in the backlog, and a loop that tried again at once would only spin.
+bool UnixSocketServer::acceptOne(int listening, const std::weak_ptr<UnixSocketServer>& weak) {
+  UniqueFd accepted = acceptConnection(listening);
+  if (!accepted.valid()) return errno == EAGAIN || errno == ECONNABORTED || errno == EINTR;
+  setNoSIGPIPE(accepted.get());
+  raiseSocketBuffers(accepted.get());
+  const int connection = accepted.release();  // the callback's; with none it stays open
+  const auto server = weak.lock();
+  if (server && server->onConnection) server->onConnection(connection);
+  return true;
+}
 
 std::shared_ptr<UnixSocketServer> UnixSocketServer::make(std::string path) {
   return std::shared_ptr<UnixSocketServer>(new UnixSocketServer(std::move(path)));
@@ -92,13 +117,7 @@ std::expected<void, UnixSocketError> UnixSocketServer::start() {
   setNonBlocking(fd.get(), true);  // an event whose connection has gone must not block the queue
   listenFD = fd.release();
   source = ReadinessSource::start(listenFD, [weak = weak_from_this(), listening = listenFD] {
-    UniqueFd accepted = acceptConnection(listening);
-    if (!accepted.valid()) return;  // the next event tries again
-    setNoSIGPIPE(accepted.get());
-    raiseSocketBuffers(accepted.get());
-    const int connection = accepted.release();  // the callback's; with none it stays open
-    const auto server = weak.lock();
-    if (server && server->onConnection) server->onConnection(connection);
+    return acceptOne(listening, weak);
   });
   if (!source) {
     const int error = errno;

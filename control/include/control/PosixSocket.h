@@ -4,6 +4,8 @@
 
 #include <sys/types.h>
 
+#include <optional>
+
 #include "control/Bytes.h"
 #include "control/UniqueFd.h"
 
@@ -24,6 +26,13 @@ void raiseSocketBuffers(int fd);
 
 // write() to a socket whose peer may have gone: EPIPE, never the signal.
 [[nodiscard]] ssize_t writeWithoutSignal(int fd, BytesView bytes);
+
+struct Pipe {
+  UniqueFd readEnd;
+  UniqueFd writeEnd;
+};
+// Both ends closed on exec; nullopt with errno set on failure.
+[[nodiscard]] std::optional<Pipe> makePipe();
 
 // True when the process at the other end runs as this process's user or as root. A peer that cannot
 // be told is not trusted.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #if defined(__linux__)
 #include <linux/openat2.h>
@@ -39,6 +40,13 @@ int directoryNamingFlags() { return O_RDONLY | O_DIRECTORY | O_CLOEXEC; }
 timespec modificationTime(const struct stat& status) { return status.st_mtimespec; }
 
 #endif
+
+std::string errnoSymbol(int error) {
+#if defined(__GLIBC__)
+  if (const char* symbol = ::strerrorname_np(error)) return symbol;
+#endif
+  return "errno " + std::to_string(error);
+}
 
 bool mustWalk(int error) {
   switch (error) {

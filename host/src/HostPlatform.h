@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <ctime>
+#include <string>
 
 #include "control/UniqueFd.h"
 
@@ -24,5 +25,8 @@ namespace tarnel {
 [[nodiscard]] int directoryNamingFlags();
 
 [[nodiscard]] timespec modificationTime(const struct stat& status);
+
+// "ENOENT" for this system's number; "errno 2" where the system does not tell.
+[[nodiscard]] std::string errnoSymbol(int error);
 
 }  // namespace tarnel

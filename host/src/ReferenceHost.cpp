@@ -32,8 +32,8 @@ std::expected<std::unique_ptr<ReferenceHost>, HostStartError> ReferenceHost::sta
   auto server = UnixSocketServer::make(path);
   server->onConnection = [core](int fd) { serve(core, fd); };
   if (auto listening = server->start(); !listening) {
-    return std::unexpected(
-        HostStartError{HostStartError::Kind::socket, path, description(listening.error())});
+    return std::unexpected(HostStartError{
+        .kind = HostStartError::Kind::socket, .path = path, .error = listening.error().error});
   }
   return std::unique_ptr<ReferenceHost>(new ReferenceHost(std::move(core), std::move(server)));
 }

@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <optional>
-#include <system_error>
 #include <utility>
 
 #include "HostPlatform.h"
@@ -16,11 +14,10 @@ namespace {
 
 using Kind = HostStartError::Kind;
 
-// A message goes to a terminal as UTF-8, so a name that is not cannot be quoted.
-std::optional<HostStartError> checkName(const std::string& name) {
-  if (!isValidUtf8(name)) return HostStartError{Kind::unsafeName, "(not UTF-8)"};
-  if (!isSafeName(name)) return HostStartError{Kind::unsafeName, name};
-  return std::nullopt;
+bool isUsable(const std::string& name) { return isValidUtf8(name) && isSafeName(name); }
+
+HostStartError badName(Kind kind, const ShareDefinition& share) {
+  return {.kind = kind, .path = share.folder, .peer = share.peer, .name = share.name};
 }
 
 std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
@@ -28,11 +25,10 @@ std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
   UniqueFd fd(::open(folder.c_str(), directoryNamingFlags()));
   struct stat status;
   if (!fd.valid() || ::fstat(fd.get(), &status) != 0) {
-    return std::unexpected(
-        HostStartError{Kind::folder, folder, std::generic_category().message(errno)});
+    return std::unexpected(HostStartError{.kind = Kind::folder, .path = folder, .error = errno});
   }
   if (isOwnMount && isOwnMount(status.st_dev)) {
-    return std::unexpected(HostStartError{Kind::ownMount, folder});
+    return std::unexpected(HostStartError{.kind = Kind::ownMount, .path = folder});
   }
   return fd;
 }
@@ -42,15 +38,17 @@ std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
 std::expected<ShareTable, HostStartError> ShareTable::open(
     const std::vector<ShareDefinition>& definitions, const IsOwnMount& isOwnMount) {
   ShareTable table;
-  for (const auto& [peer, name, folder] : definitions) {
-    if (auto bad = checkName(peer)) return std::unexpected(std::move(*bad));
-    if (auto bad = checkName(name)) return std::unexpected(std::move(*bad));
-    if (table.find(peer, name)) {
-      return std::unexpected(HostStartError{Kind::duplicateName, peer + "/" + name});
+  for (const ShareDefinition& wanted : definitions) {
+    if (!isUsable(wanted.peer) || !isUsable(wanted.name)) {
+      return std::unexpected(badName(Kind::unsafeName, wanted));
     }
-    auto root = openFolder(folder, isOwnMount);
+    if (table.find(wanted.peer, wanted.name)) {
+      return std::unexpected(badName(Kind::duplicateName, wanted));
+    }
+    auto root = openFolder(wanted.folder, isOwnMount);
     if (!root) return std::unexpected(std::move(root.error()));
-    table.shares.push_back(std::make_shared<const Share>(Share{peer, name, std::move(*root)}));
+    table.shares.push_back(
+        std::make_shared<const Share>(Share{wanted.peer, wanted.name, std::move(*root)}));
   }
   return table;
 }

@@ -22,15 +22,15 @@ bool isStale(const UnixSocketError& error) {
 std::optional<HostStartError> socketSiteError(const std::string& path) {
   using Kind = HostStartError::Kind;
   if (path.size() > maxSocketPathBytes) {
-    const UnixSocketError tooLong{.kind = UnixSocketError::Kind::pathTooLong, .path = path};
-    return HostStartError{Kind::socket, path, description(tooLong)};
+    return HostStartError{.kind = Kind::socketPathTooLong, .path = path};
   }
   struct stat status;
   if (::lstat(path.c_str(), &status) != 0) return std::nullopt;  // bind reports the rest
-  if (!S_ISSOCK(status.st_mode)) return HostStartError{Kind::notASocket, path};
+  if (!S_ISSOCK(status.st_mode)) return HostStartError{.kind = Kind::notASocket, .path = path};
   const auto connected = connectUnixSocket(path);
   if (connected) UniqueFd(*connected).reset();
-  if (connected || !isStale(connected.error())) return HostStartError{Kind::socketInUse, path};
+  if (connected || !isStale(connected.error()))
+    return HostStartError{.kind = Kind::socketInUse, .path = path};
   return std::nullopt;
 }
 

@@ -22,6 +22,11 @@ using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
 
 bool isDotEntry(std::string_view name) { return name == "." || name == ".."; }
 
+bool isSearchable(int directoryFD) {
+  struct stat status;
+  return ::fstatat(directoryFD, "./.", &status, 0) == 0 || errno != EACCES;
+}
+
 }  // namespace
 
 HostResult<Listing> DirectoryLister::run() {
@@ -82,8 +87,11 @@ HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* nam
   struct stat status;
   if (::fstatat(directoryFD, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     // A directory that may be read but not entered refuses every entry alike: an empty listing
-    // would be untrue. Anything else is this entry's own, mostly that it has just gone.
-    if (errno == EACCES) return std::unexpected(Refusal::permissionDenied);
+    // would be untrue. Anything else is this entry's own: it has just gone, or another user's FUSE
+    // mount stands there, which refuses even root.
+    if (errno == EACCES && !isSearchable(directoryFD)) {
+      return std::unexpected(Refusal::permissionDenied);
+    }
     return std::nullopt;
   }
   if (S_ISLNK(status.st_mode)) return throughLink(name);

@@ -12,12 +12,26 @@
 namespace tarnel {
 namespace {
 
-// A name may hold line feeds and terminal sequences; a log line must not.
+bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
+
+// U+0080 to U+009F, which terminals take as well: the second is the byte behind 0xC2.
+bool isSecondControl(unsigned char first, unsigned char second) {
+  return first == 0xc2 && second >= 0x80 && second <= 0x9f;
+}
+
+// A name may hold line feeds and terminal sequences; a log line must not. For UTF-8, as every
+// location is.
 std::string printable(std::string_view text) {
-  std::string shown(text);
-  std::replace_if(
-      shown.begin(), shown.end(),
-      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, '?');
+  std::string shown;
+  unsigned char last = 0;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (isSecondControl(std::exchange(last, byte), byte)) {
+      shown.back() = '?';
+    } else {
+      shown.push_back(isControl(byte) ? '?' : c);
+    }
+  }
   return shown;
 }
 

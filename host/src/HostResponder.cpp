@@ -103,7 +103,10 @@ HostResult<Bytes> HostResponder::list(const ControlRequest& request) {
                                   .limit = request.limit,
                                   .maxAnswerBytes = options.maxAnswerBytes})
                      .run();
-  if (!listing) return std::unexpected(listing.error());
+  if (!listing) {
+    if (listing.error() == Refusal::listingTooLarge) logTooLarge(*request.name);
+    return std::unexpected(listing.error());
+  }
   logNamesLeftOut(listing->namesLeftOut, *request.name);
   return std::move(listing->line);
 }
@@ -119,6 +122,12 @@ HostResult<bool> HostResponder::read(const ControlRequest& request, AnswerSink& 
   const auto file = located->resolver.openFile(located->path.rest);
   if (!file) return std::unexpected(file.error());
   return ReadAnswer::send(file->get(), offset, length, sink);
+}
+
+// The reader shows such a folder as missing: only this line tells why.
+void HostResponder::logTooLarge(std::string_view location) const {
+  if (!options.log) return;
+  options.log(printable(location) + ": " + std::string(description(Refusal::listingTooLarge)));
 }
 
 void HostResponder::logNamesLeftOut(std::size_t count, std::string_view location) const {

@@ -46,6 +46,7 @@ class HostResponder {
   [[nodiscard]] HostResult<bool> read(const ControlRequest& request, AnswerSink& sink) const;
   // Every other operation, whose answer is one line.
   [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request);
+  void logTooLarge(std::string_view location) const;
   void logNamesLeftOut(std::size_t count, std::string_view location) const;
 
   const ShareTable table;

@@ -9,15 +9,8 @@
 #include "control/UniqueFd.h"
 
 namespace tarnel {
-namespace {
 
 using Kind = UnixSocketError::Kind;
-
-std::unexpected<UnixSocketError> failure(Kind kind, int error) {
-  return std::unexpected(UnixSocketError{.kind = kind, .path = {}, .error = error});
-}
-
-}  // namespace
 
 std::string description(const UnixSocketError& error) {
   const auto failed = [&](const char* call) {
@@ -38,6 +31,10 @@ std::string description(const UnixSocketError& error) {
   __builtin_unreachable();
 }
 
+bool canNameFile(const std::string& path) {
+  return !path.empty() && path.find('\0') == std::string::npos;
+}
+
 std::expected<UnixAddress, UnixSocketError> makeAddr(const std::string& path) {
   if (path.size() > maxSocketPathBytes) {
     return std::unexpected(UnixSocketError{.kind = Kind::pathTooLong, .path = path});
@@ -51,8 +48,9 @@ std::expected<UnixAddress, UnixSocketError> makeAddr(const std::string& path) {
 }
 
 std::expected<int, UnixSocketError> connectUnixSocket(const std::string& path) {
+  if (!canNameFile(path)) return callFailed(Kind::connect, ENOENT);
   UniqueFd fd = makeUnixStreamSocket();
-  if (!fd.valid()) return failure(Kind::create, errno);
+  if (!fd.valid()) return callFailed(Kind::create, errno);
   const auto address = makeAddr(path);
   if (!address) {
     (void)fd.release();  // left open on purpose, see the header
@@ -62,10 +60,10 @@ std::expected<int, UnixSocketError> connectUnixSocket(const std::string& path) {
   // it; a non-blocking one fails with EAGAIN instead.
   setNonBlocking(fd.get(), true);
   if (::connect(fd.get(), address->get(), address->length) != 0) {
-    return failure(Kind::connect, errno);
+    return callFailed(Kind::connect, errno);
   }
   setNonBlocking(fd.get(), false);
-  if (!peerIsTrusted(fd.get())) return failure(Kind::connect, EACCES);
+  if (!peerIsTrusted(fd.get())) return callFailed(Kind::connect, EACCES);
   setNoSIGPIPE(fd.get());
   raiseSocketBuffers(fd.get());
   return fd.release();

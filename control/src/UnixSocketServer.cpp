@@ -16,13 +16,11 @@
 namespace tarnel {
 namespace {
 
+using Kind = UnixSocketError::Kind;
+
 constexpr int backlog = 8;
 constexpr int restMs = 100;
 constexpr const char* queueLabel = "tarnel.tailsocket.accept";
-
-std::unexpected<UnixSocketError> failure(UnixSocketError::Kind kind, int error) {
-  return std::unexpected(UnixSocketError{.kind = kind, .path = {}, .error = error});
-}
 
 }  // namespace
 
@@ -101,19 +99,20 @@ std::shared_ptr<UnixSocketServer> UnixSocketServer::make(std::string path) {
 UnixSocketServer::UnixSocketServer(std::string path) : socketPath(std::move(path)) {}
 
 std::expected<void, UnixSocketError> UnixSocketServer::start() {
+  if (!canNameFile(socketPath)) return callFailed(Kind::bind, ENOENT);
   ::unlink(socketPath.c_str());
   UniqueFd fd = makeUnixStreamSocket();
-  if (!fd.valid()) return failure(UnixSocketError::Kind::create, errno);
+  if (!fd.valid()) return callFailed(Kind::create, errno);
   const auto address = makeAddr(socketPath);
   if (!address) {
     (void)fd.release();  // left open on purpose, as in connectUnixSocket
     return std::unexpected(address.error());
   }
   if (::bind(fd.get(), address->get(), address->length) != 0) {
-    return failure(UnixSocketError::Kind::bind, errno);
+    return callFailed(Kind::bind, errno);
   }
   ::chmod(socketPath.c_str(), 0600);
-  if (::listen(fd.get(), backlog) != 0) return failure(UnixSocketError::Kind::listen, errno);
+  if (::listen(fd.get(), backlog) != 0) return callFailed(Kind::listen, errno);
   setNonBlocking(fd.get(), true);  // an event whose connection has gone must not block the queue
   listenFD = fd.release();
   source = ReadinessSource::start(listenFD, [weak = weak_from_this(), listening = listenFD] {
@@ -122,7 +121,7 @@ std::expected<void, UnixSocketError> UnixSocketServer::start() {
   if (!source) {
     const int error = errno;
     stop();
-    return failure(UnixSocketError::Kind::listen, error);
+    return callFailed(Kind::listen, error);
   }
   return {};
 }
@@ -131,7 +130,7 @@ void UnixSocketServer::stop() {
   if (source) source->cancel();
   source = nullptr;
   if (listenFD >= 0) ::close(std::exchange(listenFD, -1));
-  ::unlink(socketPath.c_str());
+  if (canNameFile(socketPath)) ::unlink(socketPath.c_str());
 }
 
 }  // namespace tarnel

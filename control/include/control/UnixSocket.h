@@ -24,7 +24,8 @@ inline constexpr std::size_t maxSocketPathBytes = 103;
 // A connected, blocking descriptor that the caller closes; it cannot raise SIGPIPE.
 // Never waits: a full backlog is connect(EAGAIN). A listener that runs as neither this user nor
 // root is refused with connect(EACCES). A path that is too long leaves the new descriptor open, on
-// purpose: that is how every implementation of this protocol behaves.
+// purpose: that is how every implementation of this protocol behaves. An empty path and one with an
+// inner NUL are connect(ENOENT).
 [[nodiscard]] std::expected<int, UnixSocketError> connectUnixSocket(const std::string& path);
 
 // Makes a write to a peer that has gone fail with EPIPE instead of raising SIGPIPE. On systems

@@ -1,7 +1,7 @@
 // A listening Unix-domain stream socket.
 //
 // start() replaces whatever file stands at the path, without question; a caller that must not
-// hijack a live socket looks first. The socket file is 0600. Connections are accepted and handed
+// hijack a live socket looks first. An empty path and one with an inner NUL are bind(ENOENT). The socket file is 0600. Connections are accepted and handed
 // over one at a time, in order, on the server's own queue, labelled "tarnel.tailsocket.accept".
 // While the system has no room for a connection, the server looks again ten times a second.
 //

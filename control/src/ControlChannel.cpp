@@ -21,6 +21,14 @@ ControlChannelError channelError(const ControlClientError& error) {
   __builtin_unreachable();
 }
 
+struct FailedExchange {
+  using Result = std::expected<Bytes, ControlChannelFailure>;
+  Result operator()(const ControlClientError& error) const {
+    return std::unexpected(channelError(error));
+  }
+  Result operator()(const EncodingError& error) const { return std::unexpected(error); }
+};
+
 ControlChannelResult decodeResponse(const Bytes& line) {
   auto response = ControlWire::decode<ControlResponse>(line);
   if (!response) return std::unexpected(ControlChannelFailure(std::move(response.error())));
@@ -63,9 +71,9 @@ void ControlChannel::perform(const ControlRequest& request, double timeout,
                              std::uint64_t startGeneration, const ControlChannelReply& reply) {
   auto line = exchange(request, timeout, startGeneration);
   if (!line) return reply(std::unexpected(std::move(line.error())));
-  // A large answer is decoded elsewhere when another request waits for this thread, a very large one
-  // always: a request that comes a moment later would wait for it. Otherwise it is decoded here, which
-  // saves a hand-over between threads.
+  // A large answer is decoded elsewhere when another request waits for this thread, a very large
+  // one always: a request that comes a moment later would wait for it. Otherwise it is decoded
+  // here, which saves a hand-over between threads.
   const bool isVeryLarge = line->size() > elsewhereDecodeBytes;
   const bool isLarge = line->size() > inlineDecodeBytes;
   if (decoders && (isVeryLarge || (isLarge && queue.hasWaiting()))) {
@@ -87,12 +95,9 @@ std::expected<Bytes, ControlChannelFailure> ControlChannel::exchange(
   used->setDeadline(timeout);
   auto line = used->exchange(request);
   if (line) return std::move(*line);
-  if (const auto* error = std::get_if<ControlClientError>(&line.error())) {
-    teardown(used);
-    return std::unexpected(channelError(*error));
-  }
-  // The encoder's failure: nothing was written, so the connection is still in step and is kept.
-  return std::unexpected(std::get<EncodingError>(line.error()));
+  // After the encoder's failure nothing was written: the connection is still in step and is kept.
+  if (!std::holds_alternative<EncodingError>(line.error())) teardown(used);
+  return std::visit(FailedExchange(), line.error());
 }
 
 std::expected<std::shared_ptr<ControlClient>, ControlChannelError>

@@ -7,10 +7,11 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
+#include <utility>
 
 #include "control/ControlWire.h"
 #include "control/PosixSocket.h"
+#include "control/Text.h"
 
 namespace tarnel {
 namespace {
@@ -31,7 +32,7 @@ std::unexpected<ControlClientError> nothingMoved() {
 // The conversions end the process on a value that does not fit: a deadline is ours, never received.
 timeval socketTime(double seconds) {
   const double whole = std::floor(seconds);
-  if (!std::isfinite(seconds) || std::fabs(whole) > 9.2e18) std::abort();
+  if (!(whole >= -0x1p63 && whole < 0x1p63)) std::abort();  // also without a number
   timeval time{};
   time.tv_sec = static_cast<decltype(time.tv_sec)>(whole);
   time.tv_usec = static_cast<decltype(time.tv_usec)>((seconds - whole) * 1'000'000);
@@ -39,6 +40,10 @@ timeval socketTime(double seconds) {
 }
 
 }  // namespace
+
+bool operator==(const ControlClientError& a, const ControlClientError& b) {
+  return a.kind == b.kind && textEqual(a.detail, b.detail);
+}
 
 std::string description(const ControlClientError& error) {
   switch (error.kind) {
@@ -70,20 +75,25 @@ void ControlClient::setDeadline(double seconds) {
 std::expected<ControlResponse, ControlClientFailure> ControlClient::send(
     const ControlRequest& request) {
   auto line = exchange(request);
-  if (!line) return std::unexpected(line.error());
+  using Sent = std::expected<ControlResponse, ControlClientFailure>;
+  if (!line) {
+    return std::visit([](auto& error) -> Sent { return std::unexpected(std::move(error)); },
+                      line.error());
+  }
   auto response = ControlWire::decode<ControlResponse>(*line);
   if (!response) return std::unexpected(std::move(response.error()));
   return std::move(*response);
 }
 
-std::expected<Bytes, ControlClientFailure> ControlClient::exchange(const ControlRequest& request) {
+std::expected<Bytes, ControlExchangeFailure> ControlClient::exchange(
+    const ControlRequest& request) {
   if (auto sent = sendRaw(request); !sent) return std::unexpected(sent.error());
   auto line = readLine();
   if (!line) return std::unexpected(line.error());
   return std::move(*line);
 }
 
-std::expected<void, ControlClientFailure> ControlClient::sendRaw(const ControlRequest& request) {
+std::expected<void, ControlExchangeFailure> ControlClient::sendRaw(const ControlRequest& request) {
   const auto frame = ControlWire::encode(request);
   if (!frame) return std::unexpected(frame.error());
   if (auto written = writeAll(*frame); !written) return std::unexpected(written.error());

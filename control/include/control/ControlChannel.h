@@ -38,8 +38,9 @@ using ControlChannelReply = std::function<void(ControlChannelResult)>;
 
 class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
  public:
-  // With decoders, an answer longer than the first is decoded by them when another request waits, and
-  // one longer than the second always: a whole chunk of a file, a large listing.
+  // With decoders, an answer line longer than the first is decoded by them when another request
+  // waits behind it, and one longer than the second always: a whole chunk of a file, a large
+  // listing.
   static constexpr std::size_t inlineDecodeBytes = 16'384;
   static constexpr std::size_t elsewhereDecodeBytes = 262'144;
 

@@ -27,10 +27,12 @@ struct ControlClientError {
   Kind kind;
   std::string detail = {};  // malformedResponse only
 
-  friend bool operator==(const ControlClientError&, const ControlClientError&) = default;
+  friend bool operator==(const ControlClientError& a, const ControlClientError& b);
 };
 [[nodiscard]] std::string description(const ControlClientError& error);
 
+// Until the answer's line is there, and with its decoding.
+using ControlExchangeFailure = std::variant<ControlClientError, EncodingError>;
 using ControlClientFailure = std::variant<ControlClientError, EncodingError, DecodingError>;
 
 class ControlClient {
@@ -47,10 +49,10 @@ class ControlClient {
   [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> send(
       const ControlRequest& request);
   // The same without the decoding: the response line as it came.
-  [[nodiscard]] std::expected<Bytes, ControlClientFailure> exchange(const ControlRequest& request);
+  [[nodiscard]] std::expected<Bytes, ControlExchangeFailure> exchange(const ControlRequest& request);
 
   // Writes a request whose answer is a stream; the caller goes on with readFrame.
-  [[nodiscard]] std::expected<void, ControlClientFailure> sendRaw(const ControlRequest& request);
+  [[nodiscard]] std::expected<void, ControlExchangeFailure> sendRaw(const ControlRequest& request);
   [[nodiscard]] std::expected<StreamFrame, ControlClientError> readFrame();
 
   // Bytes that came without a request: this host does not alternate. Looks, never waits.

@@ -20,26 +20,41 @@ void nameThisThread(const std::string& name) {
 #endif
 }
 
+sigset_t everySignal() {
+  sigset_t all;
+  sigfillset(&all);
+  return all;
+}
+
+// Every signal blocked in a scope, however it is left: a thread that cannot be made throws.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    const sigset_t all = everySignal();
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t before;
+};
+
 }  // namespace
 
 void blockAllSignals() {
-  sigset_t all;
-  sigfillset(&all);
+  const sigset_t all = everySignal();
   pthread_sigmask(SIG_SETMASK, &all, nullptr);
 }
 
 std::thread startThread(const std::string& name, std::function<void()> body) {
   // Blocked before the thread exists, so that it never runs with a signal open.
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
-  std::thread thread([name, body = std::move(body)] {
+  const SignalsBlocked blocked;
+  return std::thread([name, body = std::move(body)] {
     nameThisThread(name);
     body();
   });
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  return thread;
 }
 
 }  // namespace tarnel

@@ -9,8 +9,6 @@ namespace {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool isHex(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
-
 std::size_t digitsAt(std::string_view text, std::size_t from) {
   std::size_t i = from;
   while (i < text.size() && isDigit(text[i])) ++i;
@@ -77,21 +75,6 @@ std::optional<std::int64_t> integerValue(std::string_view number) {
   if (exponent < 0 || exponent > moreThanAnInteger) return std::nullopt;
   digits.append(static_cast<std::size_t>(exponent), '0');
   return parse(digits);
-}
-
-bool escapesAreWellFormed(std::string_view raw) {
-  for (std::size_t i = raw.find('\\'); i != std::string_view::npos; i = raw.find('\\', i)) {
-    if (i + 1 >= raw.size()) return false;
-    if (raw[i + 1] == 'u') {
-      const std::string_view hex = raw.substr(i + 2, 4);
-      if (hex.size() != 4 || !std::all_of(hex.begin(), hex.end(), isHex)) return false;
-      i += 6;
-    } else {
-      if (std::string_view("\"\\/bfnrt").find(raw[i + 1]) == std::string_view::npos) return false;
-      i += 2;
-    }
-  }
-  return true;
 }
 
 }  // namespace tarnel::json

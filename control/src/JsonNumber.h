@@ -1,4 +1,4 @@
-// The grammar of JSON's numbers and escapes, and exact integers from any spelling of them.
+// The grammar of JSON's numbers, and exact integers from any spelling of them.
 #pragma once
 
 #include <cstddef>
@@ -15,9 +15,5 @@ namespace tarnel::json {
 // The value of a well-formed number when it is an integer within 64 signed bits, however it is
 // spelled (100, 1e2, 10.0e1); nullopt otherwise. Never rounds.
 [[nodiscard]] std::optional<std::int64_t> integerValue(std::string_view number);
-
-// Every backslash begins an escape of RFC 8259, section 7. Half surrogate pairs pass: only a string
-// that is read has to be text.
-[[nodiscard]] bool escapesAreWellFormed(std::string_view raw);
 
 }  // namespace tarnel::json

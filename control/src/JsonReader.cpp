@@ -116,7 +116,7 @@ std::optional<JsonReader::RawString> JsonReader::rawString() {
       return std::nullopt;
     }
     if (at[1] == '"' || at[1] == '\\' || at[1] == '/') {
-      at += 2;  // the common escapes, checked whole; the others by unescape or by skipValue
+      at += 2;  // the common escapes, checked whole; the others by text or by skipString
     } else {
       ++at;
     }
@@ -194,11 +194,8 @@ void JsonReader::skipValue() {
       if (!enterArray()) return;
       while (nextElement()) skipValue();
       return;
-    case '"': {
-      const auto raw = rawString();
-      if (raw && raw->hasEscape && !json::escapesAreWellFormed(raw->text)) corrupted("bad escape");
-      return;
-    }
+    case '"':
+      return skipString();
     case 't':
     case 'f':
     case 'n':
@@ -207,6 +204,13 @@ void JsonReader::skipValue() {
     default:
       if (!number()) corrupted("a value was expected");
   }
+}
+
+DecodingError firstFault(std::string_view text, const DecodingError& failure) {
+  JsonReader whole(text);
+  whole.skipValue();
+  whole.finish();
+  return whole.failed() ? whole.error() : failure;
 }
 
 }  // namespace tarnel

@@ -1,8 +1,12 @@
 // The strings of JSON that are read, with their escapes (RFC 8259, section 7).
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <string_view>
+#include <system_error>
 
 #include "SlashEscape.h"
 #include "control/JsonReader.h"
@@ -39,56 +43,71 @@ char* writeUtf8(std::uint32_t code, char* to) {
   return to;
 }
 
-// A \u escape, p after the "u"; joins a surrogate pair (RFC 8259: "\uD83D\uDE00"). False for half a
-// pair, which stands for no character.
-bool unicodeEscape(const char*& p, const char* end, char*& to) {
-  auto code = hex4(p, end);
-  if (!code) return false;
-  p += 4;
-  if (*code >= 0xD800 && *code < 0xE000) {
-    if (*code >= 0xDC00 || end - p < 6 || p[0] != '\\' || p[1] != 'u') return false;
-    const auto low = hex4(p + 2, end);
-    if (!low || *low < 0xDC00 || *low >= 0xE000) return false;
-    p += 6;
-    code = 0x10000 + ((*code - 0xD800) << 10) + (*low - 0xDC00);
-  }
-  to = writeUtf8(*code, to);
-  return true;
-}
+bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-// One escape, p at the backslash.
-bool escape(const char*& p, const char* end, char*& to) {
-  const char kind = p[1];  // there is one: a quote comes later
+// One escape, p at its backslash: the UTF-16 unit that it stands for, and p past it. nullopt for
+// what is no escape.
+std::optional<std::uint32_t> escapedUnit(const char*& p, const char* end) {
+  if (end - p < 2) return std::nullopt;
+  const char kind = p[1];
   p += 2;
   switch (kind) {
     case '"':
     case '\\':
     case '/':
-      *to++ = kind;
-      return true;
+      return static_cast<unsigned char>(kind);
     case 'b':
-      *to++ = '\b';
-      return true;
+      return '\b';
     case 'f':
-      *to++ = '\f';
-      return true;
+      return '\f';
     case 'n':
-      *to++ = '\n';
-      return true;
+      return '\n';
     case 'r':
-      *to++ = '\r';
-      return true;
+      return '\r';
     case 't':
-      *to++ = '\t';
-      return true;
-    case 'u':
-      return unicodeEscape(p, end, to);
+      return '\t';
+    case 'u': {
+      const auto unit = hex4(p, end);
+      if (unit) p += 4;
+      return unit;
+    }
     default:
-      return false;
+      return std::nullopt;
   }
 }
 
+// The character of one escape, or of the two of a surrogate pair ("\uD83D\uDE00"), p at the
+// backslash. False for half a pair, which stands for no character.
+bool escape(const char*& p, const char* end, char*& to) {
+  auto unit = escapedUnit(p, end);
+  if (!unit || isLowSurrogate(*unit)) return false;
+  if (isHighSurrogate(*unit)) {
+    if (p == end || *p != '\\') return false;
+    const auto low = escapedUnit(p, end);
+    if (!low || !isLowSurrogate(*low)) return false;
+    unit = 0x10000 + ((*unit - 0xD800) << 10) + (*low - 0xDC00);
+  }
+  to = writeUtf8(*unit, to);
+  return true;
+}
+
+// Half surrogate pairs pass: only a string that is read has to be text.
+bool escapesAreWellFormed(std::string_view raw) {
+  const char* p = raw.data();
+  const char* const end = p + raw.size();
+  while ((p = std::find(p, end, '\\')) != end) {
+    if (!escapedUnit(p, end)) return false;
+  }
+  return true;
+}
+
 }  // namespace
+
+void JsonReader::skipString() {
+  const auto raw = rawString();
+  if (raw && raw->hasEscape && !escapesAreWellFormed(raw->text)) corrupted("bad escape");
+}
 
 // Plain bytes are copied as they are looked at. The room is taken up to the next quote, which ends
 // the string unless a backslash stands before it: a listing keeps its many short strings for as

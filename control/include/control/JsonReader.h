@@ -87,6 +87,7 @@ class JsonReader {
   bool literal(std::string_view word);
   [[nodiscard]] std::optional<RawString> rawString();
   bool text(std::string& out);
+  void skipString();
   [[nodiscard]] std::optional<std::string_view> number();
   [[nodiscard]] std::optional<std::int64_t> integer();
   void corrupted(const char* what);
@@ -100,13 +101,16 @@ class JsonReader {
   std::optional<DecodingError> failure;
 };
 
+// What is wrong with a text whose reading failed so: that it is no JSON counts before what it says.
+[[nodiscard]] DecodingError firstFault(std::string_view text, const DecodingError& failure);
+
 // The whole text as one record.
 template <class Record>
 [[nodiscard]] std::expected<Record, DecodingError> readJson(std::string_view text) {
   JsonReader json(text);
   auto record = Record::decode(json);
   json.finish();
-  if (json.failed()) return std::unexpected(json.error());
+  if (json.failed()) return std::unexpected(firstFault(text, json.error()));
   return record;
 }
 

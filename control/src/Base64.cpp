@@ -2,76 +2,26 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
+#include <cstddef>
 
 #include "Base64Avx2.h"
+#include "Base64Plain.h"
 #include "SlashEscape.h"
 
 namespace tarnel::base64 {
 namespace {
 
-constexpr std::string_view alphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-constexpr std::uint8_t notInAlphabet = 0xFF;
-
-constexpr std::array<std::uint8_t, 256> makeValues() {
-  std::array<std::uint8_t, 256> values{};
-  values.fill(notInAlphabet);
-  for (std::size_t i = 0; i < alphabet.size(); ++i) {
-    values[static_cast<unsigned char>(alphabet[i])] = static_cast<std::uint8_t>(i);
-  }
-  return values;
-}
-constexpr std::array<std::uint8_t, 256> values = makeValues();
-
-std::uint32_t byteAt(BytesView bytes, std::size_t i) {
-  return static_cast<unsigned char>(bytes[i]);
-}
-
-char* put(std::uint32_t sextet, char* to) {
-  *to = alphabet[sextet & 63];
-  return to + 1;
-}
-
 char* encodeInto(BytesView bytes, char* to) {
-  std::size_t i = 0;
-  to = avx2::encode(bytes, i, to);
-  for (; i + 3 <= bytes.size(); i += 3) {
-    const std::uint32_t word =
-        byteAt(bytes, i) << 16 | byteAt(bytes, i + 1) << 8 | byteAt(bytes, i + 2);
-    for (const int shift : {18, 12, 6, 0}) to = put(word >> shift, to);
-  }
-  if (i == bytes.size()) return to;
-  const bool two = i + 2 == bytes.size();
-  const std::uint32_t word = byteAt(bytes, i) << 16 | (two ? byteAt(bytes, i + 1) << 8 : 0);
-  to = put(word >> 18, to);
-  to = put(word >> 12, to);
-  if (two) to = put(word >> 6, to);
-  *to++ = '=';
-  if (!two) *to++ = '=';
-  return to;
-}
-
-// Four characters without padding into three bytes.
-bool decodeQuantum(const char* text, char* to) {
-  std::uint32_t word = 0;
-  for (int k = 0; k < 4; ++k) {
-    const std::uint8_t value = values[static_cast<unsigned char>(text[k])];
-    if (value == notInAlphabet) return false;
-    word = word << 6 | value;
-  }
-  for (int k = 0; k < 3; ++k) to[k] = static_cast<char>(word >> (16 - 8 * k));
-  return true;
+  std::size_t done = 0;
+  to = avx2::encode(bytes, done, to);
+  return plain::encode(bytes.substr(done), to);
 }
 
 // What the text decodes to before its padding; false when a character is outside the alphabet.
 bool decodeInto(std::string_view text, char* to) {
-  std::size_t i = 0;
-  to = avx2::decode(text, i, to);
-  for (; i < text.size(); i += 4, to += 3) {
-    if (!decodeQuantum(text.data() + i, to)) return false;
-  }
-  return true;
+  std::size_t done = 0;
+  to = avx2::decode(text, done, to);
+  return plain::decode(text.substr(done), to);
 }
 
 }  // namespace
@@ -96,7 +46,7 @@ void encodeEscapedTo(BytesView bytes, std::string& out) {
     bytes.remove_prefix(part.size());
     const std::string_view encoded(text.data(), encodeInto(part, text.data()));
     const std::size_t before = out.size();
-    const std::size_t most = before + 2 * encoded.size() + vectorSlack;
+    const std::size_t most = before + 2 * encoded.size();
     if (out.capacity() < most) out.reserve(std::max(most, 2 * before));
     out.resize_and_overwrite(most, [&](char* data, std::size_t) {
       return static_cast<std::size_t>(escapeSlashes(encoded, data + before) - data);
@@ -119,7 +69,7 @@ std::optional<Bytes> decodeInPlace(std::string text) {
     // The last quantum with its padding taken as zeros: the bits left over are ignored.
     std::array<char, 4> last{'A', 'A', 'A', 'A'};
     for (std::size_t k = 0; k < 4 - padding; ++k) last[k] = text[whole + k];
-    if (!decodeQuantum(last.data(), text.data() + size)) return std::nullopt;
+    if (!plain::decodeQuantum(last.data(), text.data() + size)) return std::nullopt;
     size += 3 - padding;
   }
   text.resize(size);

@@ -113,8 +113,7 @@ void JsonReader::skipString() {
 // the string unless a backslash stands before it: a listing keeps its many short strings for as
 // long as it is used, so none may hold more than it needs.
 bool JsonReader::text(std::string& out) {
-  constexpr std::size_t vectorBytes = 32;  // whole vectors are stored when there is one to read
-  const char* p = at + 1;                  // past the quote
+  const char* p = at + 1;  // past the quote
   bool nonAscii = false;
   bool good = true;
   bool closed = false;
@@ -123,8 +122,7 @@ bool JsonReader::text(std::string& out) {
     const void* const quote = std::memchr(p, '"', static_cast<std::size_t>(end - p));
     if (quote == nullptr) break;
     const char* const limit = static_cast<const char*>(quote);
-    const auto room = static_cast<std::size_t>(limit - p);
-    const std::size_t most = written + room + (room >= vectorBytes ? vectorBytes : 0);
+    const std::size_t most = written + static_cast<std::size_t>(limit - p);
     // The output never outgrows the input.
     out.resize_and_overwrite(most, [&](char* const data, std::size_t) {
       char* to = data + written;

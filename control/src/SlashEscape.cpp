@@ -1,7 +1,7 @@
 #include "SlashEscape.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
 
 #include "JsonScan.h"
 #include "SlashEscapeVbmi2.h"
@@ -9,28 +9,31 @@
 namespace tarnel {
 
 char* escapeSlashes(std::string_view text, char* to) {
-  std::size_t i = 0;
-  to = vbmi2::escapeSlashes(text, i, to);
-  while (i < text.size()) {
-    const std::size_t slash = std::min(text.find('/', i), text.size());
-    std::memcpy(to, text.data() + i, slash - i);
-    to += slash - i;
-    i = slash;
-    if (i == text.size()) break;
-    *to++ = '\\';
-    *to++ = '/';
-    ++i;
-  }
-  return to;
+  std::size_t done = 0;
+  to = vbmi2::escapeSlashes(text, done, to);
+  return plain::escapeSlashes(text.substr(done), to);
 }
 
 const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {
   p = vbmi2::copyPlain(p, end, to, nonAscii);
+  return plain::copyPlain(p, end, to, nonAscii);
+}
+
+char* plain::escapeSlashes(std::string_view text, char* to) {
+  while (true) {
+    const std::size_t slash = std::min(text.find('/'), text.size());
+    to = std::copy_n(text.data(), slash, to);
+    if (slash == text.size()) return to;
+    *to++ = '\\';
+    *to++ = '/';
+    text.remove_prefix(slash + 1);
+  }
+}
+
+const char* plain::copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {
   while (true) {
     const char* const special = scanString(p, end, nonAscii);
-    const auto plain = static_cast<std::size_t>(special - p);
-    if (plain > 0) std::memcpy(to, p, plain);
-    to += plain;
+    to = std::copy(p, special, to);
     p = special;
     if (end - p < 2 || p[0] != '\\' || p[1] != '/') return p;
     *to++ = '/';

@@ -3,21 +3,23 @@
 // for each slash is what costs: where the processor has AVX-512 VBMI2 there is none.
 #pragma once
 
-#include <cstddef>
 #include <string_view>
 
 namespace tarnel {
 
-// Bytes past its end that an output needs room for: whole vectors are stored.
-inline constexpr std::size_t vectorSlack = 64;
-
 // Copies the text with a backslash before each slash; returns the end of the output, which has room
-// for twice the text and vectorSlack more.
+// for twice the text.
 char* escapeSlashes(std::string_view text, char* to);
 
 // Copies the inside of a JSON string from [p, end) to `to`, which it moves along, with "\/" as "/".
 // Stops at a quote, at any other escape or control character, or at the end. `nonAscii` is set when
-// a byte above 0x7f was copied. The output has room for end - p bytes and vectorSlack more.
+// a byte above 0x7f was copied. The output has room for end - p bytes.
 const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii);
+
+// What the two do without such a processor, and with the ends that fill no vector.
+namespace plain {
+char* escapeSlashes(std::string_view text, char* to);
+const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii);
+}  // namespace plain
 
 }  // namespace tarnel

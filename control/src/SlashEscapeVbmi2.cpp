@@ -32,6 +32,7 @@ TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
     const std::uint64_t places = _pext_u64(characters, used);
     const __m512i spread =
         _mm512_mask_expand_epi8(_mm512_set1_epi8('\\'), places, _mm512_castsi256_si512(block));
+    // 64 bytes for 32: within twice the text, since no more than twice the done part is before it.
     _mm512_storeu_si512(to, spread);
     to += std::popcount(used);
   }
@@ -51,6 +52,7 @@ TARNEL_VBMI2 const char* copyAll(const char* p, const char* end, char*& to, bool
     if ((stops | otherEscapes) != 0) break;
     // A backslash in the last place waits for the next block, which shows what it escapes.
     const std::uint64_t last = backslashes >> (step - 1);
+    // 64 bytes, as many as are left to read at least: the output never overtakes the input.
     _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(~backslashes, block));
     highs |= _mm512_movepi8_mask(block);
     to += step - std::popcount(backslashes);

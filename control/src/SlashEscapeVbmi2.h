@@ -1,5 +1,6 @@
 // The long middle of SlashEscape.h's two functions, with AVX-512 VBMI2. Each works on as much as it
-// can, moves its arguments past what it has done, and does nothing on other processors.
+// can, moves its arguments past what it has done, and does nothing on other processors. The outputs
+// need the room that is named there, no more.
 #pragma once
 
 #include <cstddef>

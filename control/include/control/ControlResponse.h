@@ -3,7 +3,8 @@
 //
 // JSON: as for ControlRequest. `status` is required and has no fallback for unknown texts; one bad
 // element of a list rejects the whole response; an empty list is present, which is not the same as
-// absent. The nested records require every field.
+// absent. The nested records require every field; those that are made by naming their fields have
+// no initial values, so that a warning tells of one that was left out.
 // An `error` status is a well-formed response: readers judge by the payload that they expect.
 #pragma once
 
@@ -12,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "control/CodingError.h"
@@ -26,11 +28,11 @@ struct FileStat;
 
 // What a `review` status wants confirmed.
 struct ReviewSummary {
-  std::int64_t sharedCount = 0;
-  std::int64_t excludedCount = 0;
+  std::int64_t sharedCount;
+  std::int64_t excludedCount;
   std::vector<std::string> secrets;  // answered by the request's includeSecrets
   std::vector<std::string> caps;     // acknowledged by the request's ackCaps
-  bool isRemote = false;
+  bool isRemote;
 
   void encode(JsonWriter& json) const;
   [[nodiscard]] static std::expected<ReviewSummary, DecodingError> decode(JsonReader& json);
@@ -75,7 +77,7 @@ struct ControlName {
 struct RemoteShareInfo {
   std::string peer;
   std::string name;
-  bool isRemote = false;
+  bool isRemote;
 
   void encode(JsonWriter& json) const;
   [[nodiscard]] static std::expected<RemoteShareInfo, DecodingError> decode(JsonReader& json);

@@ -2,7 +2,8 @@
 //
 // Units: size in bytes (signed; a negative size is the consumer's to judge), mtimeMs in
 // milliseconds since 1970-01-01 UTC. mode 0 and nlink 0 mean "not reported"; owner and group are
-// names. JSON: all nine keys are written, in field order. On reading the first four are required;
+// names. Whoever makes one gives the first four fields, by convention: their initial values mean
+// nothing. JSON: all nine keys are written, in field order. On reading the first four are required;
 // the last five take their initial values when the key is absent or null, so that a consumer can
 // never tell absence from 0, "" or false. Equality is field by field, texts by canonical
 // equivalence.
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <expected>
 #include <string>
-#include <string_view>
 
 #include "control/CodingError.h"
 

@@ -2,7 +2,7 @@
 
 namespace tarnel::ControlWire {
 
-std::expected<std::string, EncodingError> detail::finishFrame(JsonWriter& json) {
+std::expected<std::string, EncodingError> finishFrame(JsonWriter& json) {
   auto text = json.finish();
   if (text) text->push_back('\n');
   return text;

@@ -5,7 +5,6 @@
 
 #include "JsonNumber.h"
 #include "JsonScan.h"
-#include "control/Text.h"
 
 namespace tarnel {
 

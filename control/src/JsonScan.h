@@ -16,8 +16,7 @@ namespace tarnel {
 
 inline bool needsLook(unsigned char c) { return c == '"' || c == '\\' || c < 0x20; }
 
-// The first such byte in [p, end), or end. `nonAscii` is set when a byte above 0x7f stands before
-// it.
+// The first such byte in [p, end), or end. `nonAscii` is set when a byte above 0x7f is before it.
 inline const char* scanString(const char* p, const char* end, bool& nonAscii) {
 #if defined(__SSE2__)
   const __m128i quote = _mm_set1_epi8('"');
@@ -39,8 +38,8 @@ inline const char* scanString(const char* p, const char* end, bool& nonAscii) {
     p += 16;
   }
 #else
-  // Bit tricks on words: a byte of v equals k where (v ^ k...) has a zero byte (Hacker's Delight
-  // 6-1).
+  // Bit tricks on words: a byte of v equals k where (v ^ k...) has a zero byte (Hacker's Delight,
+  // section 6-1).
   constexpr std::uint64_t ones = 0x0101010101010101u;
   constexpr std::uint64_t highs = 0x8080808080808080u;
   const auto hasZero = [](std::uint64_t v) { return (v - ones) & ~v & highs; };

@@ -9,7 +9,6 @@
 namespace tarnel {
 
 ssize_t ReceiveBuffer::fill(int fd) {
-  if (start > 0 && start == bytes.size()) consume(0);
   const std::size_t before = bytes.size();
   // The next line is probably about as long as the last. Past that, grows by half at least, so that
   // a line in many pieces is copied a bounded number of times.

@@ -2,13 +2,16 @@
 // in a function template
 //
 //   template <class Record, class Visitor> void fields(Record& record, Visitor& visit) {
-//     visit.required("name", record.name);       // always written; absent or null fails
-//     visit.defaulted("mode", record.mode);      // always written; absent or null keeps the
-//     initial value visit.optional("message", record.message); // a std::optional: left out when
-//     absent
+//     visit.required("name", record.name);
+//     visit.defaulted("mode", record.mode);
+//     visit.optional("message", record.message);
 //   }
+//
+// required: always written; absent or null fails. defaulted: always written; absent or null keeps
+// the initial value. optional: a std::optional, left out when absent.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -46,6 +49,7 @@ class FieldWriter {
 class FieldSet {
  public:
   bool insert(unsigned position) {
+    assert(position < 32);
     const bool isNew = !contains(position);
     bits |= 1u << position;
     return isNew;

@@ -7,18 +7,14 @@
 
 namespace tarnel {
 
-struct TaskPool::State {
-  WorkQueue work;
-};
-
-TaskPool::TaskPool(std::size_t threads) : state(std::make_shared<State>()) {
+TaskPool::TaskPool(std::size_t threads) : work(std::make_shared<WorkQueue>()) {
   for (std::size_t i = 0; i < threads; ++i) {
-    startThread("tarnel.pool", [shared = state] { shared->work.run(); }).detach();
+    startThread("tarnel.pool", [shared = work] { shared->run(); }).detach();
   }
 }
 
-TaskPool::~TaskPool() { state->work.close(); }
+TaskPool::~TaskPool() { work->close(); }
 
-void TaskPool::post(std::function<void()> item) { state->work.post(std::move(item)); }
+void TaskPool::post(std::function<void()> item) { work->post(std::move(item)); }
 
 }  // namespace tarnel

@@ -99,8 +99,8 @@ bool isValidUtf8(std::string_view text) {
   return true;
 }
 
-// The library's own utf8proc_map exchanges marks pair by pair, so that the time for one hostile name
-// grows with the square of its length; these are its steps, with a sort in the place of that one.
+// The library's own utf8proc_map exchanges marks pair by pair, so that the time for one hostile
+// name grows with the square of its length; these are its steps, with a sort in place of that one.
 std::string composed(std::string_view text) {
   if (isAscii(text)) return std::string(text);
   auto points = decomposed(text);

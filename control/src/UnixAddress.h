@@ -1,4 +1,5 @@
-// What connecting and listening share: the address of a Unix-domain socket, and the failure of a call.
+// What connecting and listening share: the address of a Unix-domain socket, and the failure of a
+// call.
 #pragma once
 
 #include <sys/socket.h>

@@ -8,6 +8,7 @@
 // cancelAll(). Threads: every operation from any thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <functional>

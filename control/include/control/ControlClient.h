@@ -8,7 +8,6 @@
 // Threads: one at a time; shutdownForAbort alone may come from another thread.
 #pragma once
 
-#include <cstdint>
 #include <expected>
 #include <string>
 #include <variant>
@@ -49,7 +48,8 @@ class ControlClient {
   [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> send(
       const ControlRequest& request);
   // The same without the decoding: the response line as it came.
-  [[nodiscard]] std::expected<Bytes, ControlExchangeFailure> exchange(const ControlRequest& request);
+  [[nodiscard]] std::expected<Bytes, ControlExchangeFailure> exchange(
+      const ControlRequest& request);
 
   // Writes a request whose answer is a stream; the caller goes on with readFrame.
   [[nodiscard]] std::expected<void, ControlExchangeFailure> sendRaw(const ControlRequest& request);

@@ -9,31 +9,30 @@
 #include <string_view>
 
 #include "control/CodingError.h"
+#include "control/JsonReader.h"
+#include "control/JsonWriter.h"
 
-namespace tarnel {
-
-class JsonReader;
-class JsonWriter;
-
-namespace ControlWire {
+namespace tarnel::ControlWire {
 
 // The most bytes that a reader holds unconsumed while it waits for the end of a message.
 inline constexpr std::size_t maxFrameBytes = 16'777'216;
 
-namespace detail {
+// The written text as a frame.
 [[nodiscard]] std::expected<std::string, EncodingError> finishFrame(JsonWriter& json);
-}
 
 // A record's frame: its JSON and the line feed.
 // Defined for ControlRequest, ControlResponse and every record with an `encode(JsonWriter&)`.
 template <class Record>
-[[nodiscard]] std::expected<std::string, EncodingError> encode(const Record& record);
+[[nodiscard]] std::expected<std::string, EncodingError> encode(const Record& record) {
+  JsonWriter json;
+  json.value(record);
+  return finishFrame(json);
+}
 
 // A record from the bytes of a line, without its line feed.
 template <class Record>
-[[nodiscard]] std::expected<Record, DecodingError> decode(std::string_view line);
+[[nodiscard]] std::expected<Record, DecodingError> decode(std::string_view line) {
+  return readJson<Record>(line);
+}
 
-}  // namespace ControlWire
-}  // namespace tarnel
-
-#include "control/ControlWireImpl.h"
+}  // namespace tarnel::ControlWire

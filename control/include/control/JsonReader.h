@@ -11,7 +11,6 @@
 // thread.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>

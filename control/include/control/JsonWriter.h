@@ -1,12 +1,12 @@
 // Writes compact JSON, keys in the order of the calls, in the platform coder's spelling: '"', '\'
-// and
-// '/' are escaped with a backslash, the control characters with a short form as \b \f \n \r \t, the
-// other characters below 0x20 as \u00xx in lower case, everything else as it is.
+// and '/' are escaped with a backslash, the control characters with a short form as \b \f \n \r \t,
+// the other characters below 0x20 as \u00xx in lower case, everything else as it is.
 //
 // A text that is not valid UTF-8 cannot be written; the writer remembers that and `finish` fails.
 // The output never holds a raw line feed. Threads: one writer, one thread.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>

@@ -12,11 +12,6 @@
 namespace tarnel {
 
 class CAPABILITY("mutex") Mutex {
- public:
-  void lock() ACQUIRE() { mutex.lock(); }
-  void unlock() RELEASE() { mutex.unlock(); }
-
- private:
   friend class MutexLock;
   std::mutex mutex;
 };
@@ -28,7 +23,6 @@ class SCOPED_CAPABILITY MutexLock {
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 
-  void unlock() RELEASE() { held.unlock(); }
   // One wake-up, which may be spurious: callers loop on their own condition, under the lock, where
   // the analysis can see it.
   void wait(std::condition_variable& condition) { condition.wait(held); }

@@ -9,8 +9,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <string>
-#include <string_view>
 
 #include "control/Bytes.h"
 

@@ -12,6 +12,8 @@
 
 namespace tarnel {
 
+class WorkQueue;
+
 class TaskPool {
  public:
   explicit TaskPool(std::size_t threads = 2);
@@ -22,8 +24,7 @@ class TaskPool {
   void post(std::function<void()> item);
 
  private:
-  struct State;
-  std::shared_ptr<State> state;  // shared with the threads
+  const std::shared_ptr<WorkQueue> work;  // shared with the threads
 };
 
 }  // namespace tarnel

@@ -1,9 +1,9 @@
 // Unix-domain stream sockets: the client's connect, and the error of socket set-up.
 #pragma once
 
+#include <cstddef>
 #include <expected>
 #include <string>
-#include <string_view>
 
 namespace tarnel {
 

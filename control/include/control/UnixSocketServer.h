@@ -1,9 +1,10 @@
 // A listening Unix-domain stream socket.
 //
 // start() replaces whatever file stands at the path, without question; a caller that must not
-// hijack a live socket looks first. An empty path and one with an inner NUL are bind(ENOENT). The socket file is 0600. Connections are accepted and handed
-// over one at a time, in order, on the server's own queue, labelled "tarnel.tailsocket.accept".
-// While the system has no room for a connection, the server looks again ten times a second.
+// hijack a live socket looks first. An empty path and one with an inner NUL are bind(ENOENT). The
+// socket file is 0600. Connections are accepted and handed over one at a time, in order, on the
+// server's own queue, labelled "tarnel.tailsocket.accept". While the system has no room for a
+// connection, the server looks again ten times a second.
 //
 // stop() waits for a running onConnection, unless that is what calls it. A second start() without a
 // stop() in between listens anew at the path; what the first one opened stays, out of reach.

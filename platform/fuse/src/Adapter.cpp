@@ -146,7 +146,11 @@ Adapter::Adapter(std::shared_ptr<FabricVolume> served, const std::shared_ptr<Fab
     : volume(std::move(served)), options(mountOptions), nodes(root) {}
 
 Adapter::~Adapter() {
-  if (session != nullptr) fuse_session_destroy(session);
+  if (session == nullptr) return;
+  // The threads that serve keep the adapter, so a mount that was served is gone by now and this only
+  // releases what belongs to it; one that nobody came to serve is taken away.
+  fuse_session_unmount(session);
+  fuse_session_destroy(session);
 }
 
 std::expected<void, std::string> Adapter::mountOn(const std::string& mountpoint) {

@@ -39,7 +39,9 @@ class Adapter final : public FuseSession, public std::enable_shared_from_this<Ad
 
   [[nodiscard]] FabricVolume& served() { return *volume; }
 
-  SerialQueue interrupts{"tarnel.interrupt"};  // answers interrupted requests
+  // Answer interrupted requests: of programs that are ending, and of those that handle the signal.
+  SerialQueue interrupts{"tarnel.interrupt"};
+  SerialQueue handledInterrupts{"tarnel.patience"};
 
  private:
   // The item of a node; replies ESTALE and returns nullptr for a node that is not known.

@@ -1,9 +1,11 @@
 #include "PendingRequest.h"
 
 #include <cerrno>
+#include <thread>
 #include <utility>
 
 #include "Adapter.h"
+#include "FatalSignal.h"
 
 namespace tarnel {
 
@@ -30,10 +32,18 @@ void PendingRequest::fail(int error) {
 
 // Called with the request's lock held, sometimes from inside fuse_req_interrupt_func itself: a
 // reply here would free the request under its caller, so another thread gives it.
-void PendingRequest::interrupted(fuse_req_t, void* self) {
-  auto pending = static_cast<PendingRequest*>(self)->shared_from_this();
-  Adapter& session = *pending->adapter;
-  session.interrupts.post([pending = std::move(pending)] { pending->fail(EINTR); });
+void PendingRequest::interrupted(fuse_req_t request, void* self) {
+  const auto pending = static_cast<PendingRequest*>(self)->shared_from_this();
+  const pid_t thread = fuse_req_ctx(request)->pid;
+  const auto patienceEnds = std::chrono::steady_clock::now() + interruptGrace;
+  pending->adapter->interrupts.post([pending, thread, patienceEnds] {
+    if (hasFatalSignal(thread)) return pending->fail(EINTR);
+    // All wait equally long, so the first to be interrupted is the first to be answered.
+    pending->adapter->handledInterrupts.post([pending, patienceEnds] {
+      std::this_thread::sleep_until(patienceEnds);
+      pending->fail(EINTR);
+    });
+  });
 }
 
 }  // namespace tarnel

@@ -23,7 +23,8 @@ class SilentLog final : public TextLog {
 
 std::atomic<VolumeLog*>& current() {
   // Never destroyed: a thread that is blocked in a socket call may log after the end of main.
-  static std::atomic<VolumeLog*>& log = *new std::atomic<VolumeLog*>(new SilentLog);
+  static SilentLog& silent = *new SilentLog;
+  static std::atomic<VolumeLog*>& log = *new std::atomic<VolumeLog*>(&silent);
   return log;
 }
 

@@ -1,0 +1,17 @@
+// Whether a thread is about to be ended by a signal.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string_view>
+
+namespace tarnel {
+
+// From the text of /proc/TID/status: a signal that ends a process leaves SIGKILL pending for each of
+// its threads. False for a signal that a program handles.
+[[nodiscard]] bool showsFatalSignal(std::string_view status);
+
+// False also for a thread that cannot be looked at.
+[[nodiscard]] bool hasFatalSignal(pid_t thread);
+
+}  // namespace tarnel

@@ -45,7 +45,7 @@ int Daemon::failed(const std::string& message) {
   return tarnel::failed;
 }
 
-int runAsDaemon(const std::function<int(Daemon&)>& body) {
+int runAsDaemon(const std::function<int(Daemon&)>& body, const std::function<int()>& whenReady) {
   int ends[2];
   if (::pipe2(ends, O_CLOEXEC) != 0) return fail("cannot start the daemon: " + errnoName(errno));
   UniqueFd readEnd(ends[0]);
@@ -60,7 +60,7 @@ int runAsDaemon(const std::function<int(Daemon&)>& body) {
   }
   writeEnd.reset();
   const std::string said = readAll(readEnd.get());
-  if (said == std::string(1, readyByte)) return done;
+  if (said == std::string(1, readyByte)) return whenReady();
   return fail(said.empty() ? "the daemon ended before the mount was ready" : said);
 }
 

@@ -14,6 +14,7 @@
 #include <expected>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Commands.h"
@@ -99,9 +100,19 @@ void warnWithoutHost(const std::string& socket) {
 }
 
 // Takes this mount away, and no other that came to stand on the same folder.
-void unmountDevice(const std::string& path, dev_t device) {
+void unmountThis(const std::string& path, const std::optional<MountEntry>& own) {
   const auto top = mountAt(path);
-  if (top && top->device == device) (void)unmountOwn(path, UnmountMode::lazy);
+  if (own && top && top->device == own->device) (void)unmountOwn(path, UnmountMode::lazy);
+}
+
+// Asks the root for its status, from a process that does not serve it: one that waited for itself
+// when it is killed would never end.
+int checkAnswers(const std::string& path) {
+  struct stat status{};
+  if (::stat(path.c_str(), &status) == 0) return done;
+  const int error = errno;
+  (void)unmountOwn(path, UnmountMode::lazy);
+  return fail(withErrno(path, "the mount does not answer", error));
 }
 
 // Waits for the mount's end, or for a signal that ends it.
@@ -149,7 +160,7 @@ void keepReadBuffers() {
 }
 
 // Plays the part that the system plays elsewhere: probe, load, mount, activate, serve, and the way
-// back. `ready` is told once the mount serves.
+// back. `ready` is told once the mount serves. This process never touches what it serves.
 int serveMount(const MountArguments& arguments, const std::string& path,
                const MountOptions& options, const std::function<void()>& ready,
                const std::function<int(const std::string&)>& report) {
@@ -172,16 +183,11 @@ int serveMount(const MountArguments& arguments, const std::string& path,
   const auto session = FuseSession::mount(volume, root, path, options);
   if (!session) return report(session.error());
   (*session)->serve([] { waiter.notifyUnmounted(); });
-  struct stat status{};
-  if (::stat(path.c_str(), &status) != 0) {
-    const int error = errno;
-    (void)unmountOwn(path, UnmountMode::lazy);
-    return report(withErrno(path, "the mount does not answer", error));
-  }
+  const auto own = mountAt(path);
   ready();
 
   if (waiter.wait(-1) == EndWaiter::End::signal) {
-    unmountDevice(path, status.st_dev);
+    unmountThis(path, own);
     volume->cancelAll();
     (void)waiter.wait(patience);
   }
@@ -219,16 +225,16 @@ int runMount(const MountArguments& arguments) {
         used, *path, options, [&] { warnWithoutHost(used.socket); },
         [](const std::string& message) { return fail(message); });
   }
-  return runAsDaemon([&](Daemon& daemon) {
+  const auto serve = [&](Daemon& daemon) {
     logToSystemLog();
-    return serveMount(
-        used, *path, options,
-        [&] {
-          warnWithoutHost(used.socket);
-          daemon.ready();
-        },
-        [&](const std::string& message) { return daemon.failed(message); });
-  });
+    const auto ready = [&] {
+      warnWithoutHost(used.socket);
+      daemon.ready();
+    };
+    return serveMount(used, *path, options, ready,
+                      [&](const std::string& message) { return daemon.failed(message); });
+  };
+  return runAsDaemon(serve, [&] { return checkAnswers(*path); });
 }
 
 int runUnmount(const UnmountArguments& arguments) {

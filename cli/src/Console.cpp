@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "control/Text.h"
+#include "control/Printable.h"
 
 namespace tarnel {
 namespace {
@@ -17,30 +17,14 @@ bool failedToWrite = false;
 }  // namespace
 
 int fail(std::string_view message) {
-  const std::string line = "tarnel: " + escaped(message) + "\n";
+  const std::string line = "tarnel: " + printable(message) + "\n";
   (void)!::write(STDERR_FILENO, line.data(), line.size());
   return failed;
 }
 
-std::string escaped(std::string_view text) {
-  constexpr std::string_view hex = "0123456789abcdef";
-  const bool isText = isValidUtf8(text);
-  std::string out;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isControl = byte < 0x20 || byte == 0x7f;
-    if (isControl || (byte >= 0x80 && !isText)) {
-      out += {'\\', 'x', hex[byte >> 4], hex[byte & 15]};
-    } else {
-      out.push_back(c);
-    }
-  }
-  return out;
-}
-
 std::string shown(std::string_view text) {
   static const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
-  return isTerminal ? escaped(text) : std::string(text);
+  return isTerminal ? printable(text) : std::string(text);
 }
 
 bool print(std::string_view text) {

@@ -14,8 +14,6 @@ inline constexpr int usage = 2;
 // "tarnel: MESSAGE" on standard error, control characters escaped. Returns `failed`.
 int fail(std::string_view message);
 
-// Text for a terminal: control characters, and bytes that are not UTF-8, shown escaped.
-[[nodiscard]] std::string escaped(std::string_view text);
 // The text as it is, or escaped when standard output is a terminal.
 [[nodiscard]] std::string shown(std::string_view text);
 

@@ -1,4 +1,3 @@
-#include <poll.h>
 #include <signal.h>
 
 #include <filesystem>
@@ -6,8 +5,8 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "EndSignals.h"
 #include "OwnMounts.h"
-#include "control/Thread.h"
 #include "host/ReferenceHost.h"
 #include "host/SharePath.h"
 
@@ -26,10 +25,7 @@ int wrongUsage(const std::string& message) {
   return usage;
 }
 
-void waitForEnd() {
-  sigset_t ends;
-  sigemptyset(&ends);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, signal);
+void waitFor(const sigset_t& ends) {
   int taken = 0;
   while (::sigwait(&ends, &taken) != 0) {
   }
@@ -65,13 +61,13 @@ int runHost(const HostArguments& arguments) {
   if (options.shares.empty()) return wrongUsage("nothing to share: name a folder");
   options.log = [](std::string_view line) { fail(line); };
 
-  blockAllSignals();
+  const sigset_t ends = blockEndSignals();
   const std::size_t count = options.shares.size();
   const auto host = ReferenceHost::start(std::move(options));
   if (!host) return fail(description(host.error()));
   print("tarnel host: sharing " + std::to_string(count) + (count == 1 ? " folder" : " folders") +
         " on " + shown(arguments.socket) + "\n");
-  waitForEnd();
+  waitFor(ends);
   (*host)->stop();
   return done;
 }

@@ -20,7 +20,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Daemon.h"
-#include "control/Thread.h"
+#include "EndSignals.h"
 #include "control/UniqueFd.h"
 #include "control/UnixSocket.h"
 #include "fs/TarnelFileSystem.h"
@@ -119,9 +119,7 @@ int checkAnswers(const std::string& path) {
 class EndWaiter {
  public:
   EndWaiter() {
-    sigset_t ends;
-    sigemptyset(&ends);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, signal);
+    const sigset_t ends = blockEndSignals();
     signals.reset(::signalfd(-1, &ends, SFD_CLOEXEC));
     unmounted.reset(::eventfd(0, EFD_CLOEXEC));
   }
@@ -166,7 +164,6 @@ int serveMount(const MountArguments& arguments, const std::string& path,
                const std::function<int(const std::string&)>& report) {
   constexpr int patience = 500;  // milliseconds for the threads to see the end of a detached mount
   keepReadBuffers();
-  blockAllSignals();
   static EndWaiter waiter;  // the session's threads may outlive this call
   TarnelFileSystem fileSystem(arguments.socket);
   const CommandResource resource;

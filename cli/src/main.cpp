@@ -1,4 +1,5 @@
 // tarnel: the command line.
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -128,7 +129,20 @@ class CommandLine {
 }  // namespace
 }  // namespace tarnel
 
+namespace {
+
+// A program that was started without one of the three standard streams would give their numbers to
+// sockets, and print into them.
+void openStandardStreams() {
+  int fd = ::open("/dev/null", O_RDWR);
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
+  if (fd >= 0) ::close(fd);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  openStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);
   const int status = tarnel::CommandLine().run(argc, argv);
   std::fflush(nullptr);

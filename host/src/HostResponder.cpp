@@ -7,36 +7,10 @@
 #include "HostStatus.h"
 #include "ReadAnswer.h"
 #include "control/ControlResponse.h"
+#include "control/Printable.h"
 #include "host/DirectoryLister.h"
 
 namespace tarnel {
-namespace {
-
-bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
-
-// U+0080 to U+009F, which terminals take as well: the second is the byte behind 0xC2.
-bool isSecondControl(unsigned char first, unsigned char second) {
-  return first == 0xc2 && second >= 0x80 && second <= 0x9f;
-}
-
-// A name may hold line feeds and terminal sequences; a log line must not. For UTF-8, as every
-// location is.
-std::string printable(std::string_view text) {
-  std::string shown;
-  unsigned char last = 0;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (isSecondControl(std::exchange(last, byte), byte)) {
-      shown.back() = '?';
-    } else {
-      shown.push_back(isControl(byte) ? '?' : c);
-    }
-  }
-  return shown;
-}
-
-}  // namespace
-
 bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
   if (request.op == ControlOp::read) {
     const auto sent = read(request, sink);

@@ -5,27 +5,13 @@
 
 #include <string>
 
+#include "control/Printable.h"
 #include "seam/VolumeLog.h"
 
 namespace tarnel {
 namespace {
 
 using Level = VolumeLog::Level;
-
-// A name may hold anything; a log line must stay one line and leave a terminal alone.
-std::string printable(const std::string& text) {
-  constexpr std::string_view hex = "0123456789abcdef";
-  std::string out;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7f) {
-      out.push_back(c);
-    } else {
-      out += {'\\', 'x', hex[byte >> 4], hex[byte & 15]};
-    }
-  }
-  return out;
-}
 
 class StandardErrorLog final : public TextLog {
  public:

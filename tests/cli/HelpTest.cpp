@@ -1,0 +1,63 @@
+// Help, and wrong usage.
+#include "CommandFixture.h"
+
+namespace tarnel::test {
+namespace {
+
+const std::vector<std::string>& commands() {
+  static const std::vector<std::string> all = {"host",  "shares", "ls", "stat", "cat",
+#if defined(__linux__)
+                                               "mount", "unmount"
+#endif
+  };
+  return all;
+}
+
+TEST(Help, theCommandNamesItsCommandsStatusesAndSocket) {
+  const ProgramOutcome help = runTarnel({"--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_EQ(help.err, "");
+  for (const std::string& command : commands()) EXPECT_THAT(help.out, HasSubstr(command));
+  EXPECT_THAT(help.out, HasSubstr("TARNEL_SOCKET"));
+  EXPECT_THAT(help.out, HasSubstr("Exit status"));
+}
+
+TEST(Help, everyCommandHasItsOwn) {
+  for (const std::string& command : commands()) {
+    const ProgramOutcome help = runTarnel({command, "--help"});
+    EXPECT_EQ(help.status, 0) << command;
+    EXPECT_EQ(help.err, "") << command;
+    EXPECT_THAT(help.out, HasSubstr("--help")) << command;
+    EXPECT_THAT(help.out, HasSubstr(command == "unmount" ? "--lazy" : "--socket")) << command;
+  }
+}
+
+TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
+  const std::vector<std::vector<std::string>> wrong = {
+      {},
+      {"frobnicate"},
+      {"ls", "--frobnicate"},
+      {"ls", "one", "two"},
+      {"stat"},
+      {"cat"},
+      {"host"},
+      {"host", "--share", "NoEquals"},
+      {"host", "--peer", "bob=/tmp"},
+      {"host", "--socket"},
+#if defined(__linux__)
+      {"mount"},
+      {"mount", "a", "b"},
+      {"unmount"},
+      {"mount", "-o", "rw", "/tmp"},
+      {"mount", "-o", "ro,frobnicate", "/tmp"},
+      {"mount", "-o", "attr_timeout=soon", "/tmp"},
+#endif
+  };
+  for (const auto& arguments : wrong) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    expectFailure(runTarnel(arguments), 2, "");
+  }
+}
+
+}  // namespace
+}  // namespace tarnel::test

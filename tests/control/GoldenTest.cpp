@@ -1,0 +1,133 @@
+// The golden cases of tests/golden that are about this module.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <optional>
+
+#include "control/Base64.h"
+#include "control/ControlRequest.h"
+#include "control/ControlResponse.h"
+#include "control/FileStat.h"
+#include "control/JsonReader.h"
+#include "control/JsonWriter.h"
+#include "control/SourceShare.h"
+#include "control/Text.h"
+#include "support/GoldenFile.h"
+
+namespace tarnel::test {
+namespace {
+
+// What is read, written again; nullopt when reading fails.
+using ReadAgain = std::function<std::optional<std::string>(const std::string& json)>;
+
+template <class Record>
+std::optional<std::string> readAgain(const std::string& input) {
+  const auto record = readJson<Record>(input);
+  if (!record) return std::nullopt;
+  JsonWriter json;
+  json.value(*record);
+  return json.finish().value_or("cannot be encoded");
+}
+
+const std::map<std::string, ReadAgain> readers = {
+    {"ControlRequest", readAgain<ControlRequest>}, {"ControlResponse", readAgain<ControlResponse>},
+    {"ReviewSummary", readAgain<ReviewSummary>},   {"ControlStat", readAgain<ControlStat>},
+    {"ControlName", readAgain<ControlName>},       {"RemoteShareInfo", readAgain<RemoteShareInfo>},
+    {"SourceShare", readAgain<SourceShare>},       {"FileStat", readAgain<FileStat>},
+};
+
+// The expectation of a line about input that succeeds with an output or fails. A free line may fail
+// where the platform succeeds; what succeeds must have the platform's output.
+void expectOutcome(const GoldenLine& line, const std::string& input, const std::string& outputKey,
+                   const std::optional<std::string>& outcome) {
+  const std::string where = "line " + std::to_string(line.number()) + ": " + readable(input);
+  if (outcome && line.has(outputKey)) {
+    EXPECT_EQ(readable(*outcome), readable(line.bytes(outputKey))) << where;
+  }
+  if (line.flag("free")) return;
+  EXPECT_EQ(outcome.has_value(), line.flag("ok")) << where;
+}
+
+void report(const std::string& what, std::size_t ran, std::size_t all) {
+  std::cout << what << ": " << ran << " of " << all << " lines\n";
+  EXPECT_GT(ran, 0U);
+}
+
+TEST(GoldenTest, goldenJsonRead) {
+  const auto lines = readGolden("json_read.jsonl");
+  std::map<std::string, std::size_t> leftOut;
+  std::size_t ran = 0;
+  for (const GoldenLine& line : lines) {
+    const auto reader = readers.find(line.text("type"));
+    if (reader == readers.end()) {
+      ++leftOut[line.text("type")];
+      continue;
+    }
+    ++ran;
+    const std::string input = line.bytes("input");
+    expectOutcome(line, input, "again", reader->second(input));
+  }
+  report("json_read", ran, lines.size());
+  for (const auto& [type, count] : leftOut) {
+    std::cout << "left out, no such record here: " << count << " lines of " << type << "\n";
+  }
+}
+
+TEST(GoldenTest, goldenJsonWrite) {
+  const auto lines = readGolden("json_write.jsonl");
+  for (const GoldenLine& line : lines) {
+    JsonWriter json;
+    if (line.has("int")) {
+      json.value(std::int64_t{std::stoll(line.text("int"))});
+    } else {
+      json.value(line.bytes("text"));
+    }
+    EXPECT_EQ(readable(json.finish().value_or("cannot be encoded")), readable(line.bytes("json")))
+        << "line " << line.number();
+  }
+  report("json_write", lines.size(), lines.size());
+}
+
+TEST(GoldenTest, goldenBase64) {
+  const auto lines = readGolden("base64.jsonl");
+  for (const GoldenLine& line : lines) {
+    const std::string text = line.bytes("text");
+    expectOutcome(line, text, "bytes", base64::decode(text));
+  }
+  report("base64", lines.size(), lines.size());
+}
+
+TEST(GoldenTest, goldenTextCompare) {
+  const auto lines = readGolden("text_compare.jsonl");
+  for (const GoldenLine& line : lines) {
+    const std::string a = line.bytes("a");
+    const std::string b = line.bytes("b");
+    EXPECT_EQ(textEqual(a, b), line.flag("equal"))
+        << "line " << line.number() << ": " << readable(a) << " and " << readable(b);
+    EXPECT_EQ(textLess(a, b), line.flag("less"))
+        << "line " << line.number() << ": " << readable(a) << " and " << readable(b);
+  }
+  report("text_compare", lines.size(), lines.size());
+}
+
+TEST(GoldenTest, goldenTextSort) {
+  const auto readableList = [](const std::vector<std::string>& list) {
+    std::string out;
+    for (const std::string& text : list) out += readable(text) + "|";
+    return out;
+  };
+  const auto lines = readGolden("text_sort.jsonl");
+  for (const GoldenLine& line : lines) {
+    auto texts = line.list("in");
+    sortByText(texts, [](const std::string& text) -> const std::string& { return text; });
+    EXPECT_EQ(readableList(texts), readableList(line.list("out")))
+        << "line " << line.number() << ": " << readableList(line.list("in"));
+  }
+  report("text_sort", lines.size(), lines.size());
+}
+
+}  // namespace
+}  // namespace tarnel::test

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include <cstddef>
+#include <string>
+#include <system_error>
+
+#include "control/Thread.h"
+
+namespace tarnel::test {
+namespace {
+
+bool blocks(int signal) {
+  sigset_t blocked;
+  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  return sigismember(&blocked, signal) == 1;
+}
+
+TEST(Thread, blocksEverySignalAndLeavesTheCallersMask) {
+  const bool before = blocks(SIGTERM);
+  bool inside = false;
+  startThread("a long name of a thread", [&] {
+    inside =
+        blocks(SIGTERM) && blocks(SIGINT) && blocks(SIGHUP) && blocks(SIGUSR1) && blocks(SIGPIPE);
+  }).join();
+  EXPECT_TRUE(inside);
+  EXPECT_EQ(blocks(SIGTERM), before);
+}
+
+TEST(Thread, bearsTheEndOfItsName) {
+  char name[32] = {};
+  startThread("tarnel.fskit.control.metadata", [&] {
+    pthread_getname_np(pthread_self(), name, sizeof name);
+  }).join();
+  EXPECT_TRUE(std::string("tarnel.fskit.control.metadata").ends_with(name)) << name;
+  EXPECT_GE(std::string(name).size(), 15U);
+}
+
+#if defined(__GLIBC__)
+// Threads of this process get a stack that no address space holds, for as long as it lives.
+class NoMoreThreads {
+ public:
+  NoMoreThreads() {
+    pthread_getattr_default_np(&before);
+    pthread_attr_t huge;
+    pthread_attr_init(&huge);
+    EXPECT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 60), 0);
+    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+    pthread_attr_destroy(&huge);
+  }
+  ~NoMoreThreads() {
+    pthread_setattr_default_np(&before);
+    pthread_attr_destroy(&before);
+  }
+
+ private:
+  pthread_attr_t before;
+};
+
+TEST(Thread, thatCannotBeMadeThrowsAndLeavesTheCallersMask) {
+  const bool before = blocks(SIGTERM);
+  {
+    const NoMoreThreads none;
+    EXPECT_THROW((void)startThread("none", [] {}), std::system_error);
+  }
+  EXPECT_EQ(blocks(SIGTERM), before);
+}
+#endif
+
+}  // namespace
+}  // namespace tarnel::test

@@ -1,0 +1,40 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "host/AccountNames.h"
+
+namespace tarnel {
+namespace {
+
+TEST(AccountNames, rootHasAName) {
+  AccountNames accounts;
+  EXPECT_EQ(accounts.owner(0), "root");
+  EXPECT_EQ(accounts.owner(0), "root");
+  EXPECT_FALSE(accounts.group(0).empty());
+  EXPECT_NE(accounts.group(0), "0");
+}
+
+TEST(AccountNames, anIdWithoutANameIsItsNumber) {
+  AccountNames accounts;
+  EXPECT_EQ(accounts.owner(4'012'345'678U), "4012345678");
+  EXPECT_EQ(accounts.group(4'012'345'679U), "4012345679");
+}
+
+TEST(AccountNames, manyThreadsGetTheSameNames) {
+  AccountNames accounts;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&accounts] {
+      for (uid_t id = 4'000'000'000U; id < 4'000'000'200U; ++id) {
+        EXPECT_EQ(accounts.owner(id), std::to_string(id));
+        EXPECT_EQ(accounts.group(id), std::to_string(id));
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace tarnel

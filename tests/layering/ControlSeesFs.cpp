@@ -1,0 +1,2 @@
+// control knows nothing of the file system.
+#include "fs/FabricVolume.h"

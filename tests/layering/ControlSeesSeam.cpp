@@ -1,0 +1,2 @@
+// control knows nothing of items and attributes.
+#include "seam/Item.h"

@@ -1,0 +1,2 @@
+// The file system talks to its host over the socket alone.
+#include "host/ReferenceHost.h"

@@ -1,0 +1,2 @@
+// What lies in src/ of a module is for nobody else.
+#include "RecordCoding.h"

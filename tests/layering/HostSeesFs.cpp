@@ -1,0 +1,2 @@
+// A host is the other side: it knows nothing of the volume.
+#include "fs/FabricVolume.h"

@@ -1,0 +1,2 @@
+// A host knows nothing of items and attributes.
+#include "seam/Item.h"

@@ -1,0 +1,5 @@
+// Compiles: the seam uses nothing but itself.
+#include "seam/Item.h"
+#include "seam/VolumeLog.h"
+
+bool layering() { return tarnel::log().isDebugEnabled(); }

@@ -25,13 +25,13 @@ TEST(RecordingLog, keepsLinesWithTheirLevels) {
   EXPECT_TRUE(recording.lines().empty());
 }
 
-TEST(RecordingLog, takesDebugLinesOnlyWhileDebugIsOn) {
+TEST(RecordingLog, keepsADebugLineThatNobodyShouldHaveSent) {
   RecordingLog recording;
-  recording.getAttributes("a", 1);
-  EXPECT_TRUE(recording.lines().empty());
-  recording.setDebug(true);
+  EXPECT_FALSE(recording.isDebugEnabled());
   recording.getAttributes("a", 1);
   EXPECT_EQ(recording.lines().at(0).level, VolumeLog::Level::debug);
+  recording.setDebug(true);
+  EXPECT_TRUE(recording.isDebugEnabled());
 }
 
 TEST(RecordingLog, becomesTheLogOfTheProcess) {

@@ -70,7 +70,11 @@ void orderMarks(CodePoints& points) {
   const auto end = points.end();
   for (auto at = std::find_if(points.begin(), end, isMark); at != end;) {
     const auto runEnd = std::find_if_not(at, end, isMark);
-    if (runEnd - at > 1) std::ranges::stable_sort(at, runEnd, {}, combiningClass);
+    if (runEnd - at > 1) {
+      CodePoints run(at, runEnd);
+      sortByKey(run, combiningClass);
+      std::copy(run.begin(), run.end(), at);
+    }
     at = std::find_if(runEnd, end, isMark);
   }
 }

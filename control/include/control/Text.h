@@ -30,28 +30,31 @@ namespace tarnel {
 [[nodiscard]] bool textEqual(std::string_view a, std::string_view b);
 [[nodiscard]] bool textLess(std::string_view a, std::string_view b);
 
-// Stable sort by textLess of nameOf(element). Each name is composed at most once; the common case,
-// names in ASCII, is sorted without any copy of a name.
+// Sorts by the key of each element; those of equal keys keep their order. The keys are sorted and
+// not the elements, which are moved once each.
+template <class T, class KeyOf>
+void sortByKey(std::vector<T>& elements, KeyOf keyOf) {
+  std::vector<std::pair<decltype(keyOf(elements.front())), std::size_t>> order;
+  order.reserve(elements.size());
+  for (std::size_t i = 0; i < elements.size(); ++i) order.emplace_back(keyOf(elements[i]), i);
+  std::sort(order.begin(), order.end());  // the index makes equal keys keep their order
+  std::vector<T> sorted;
+  sorted.reserve(elements.size());
+  for (const auto& [key, index] : order) sorted.push_back(std::move(elements[index]));
+  elements = std::move(sorted);
+}
+
+// Stable sort by textLess of nameOf(element), a reference to a text inside the element. Each name
+// is composed at most once; the common case, names in ASCII, is sorted without any copy of a name.
 template <class T, class NameOf>
 void sortByText(std::vector<T>& elements, NameOf nameOf) {
   const bool ascii = std::all_of(elements.begin(), elements.end(),
                                  [&](const T& element) { return isAscii(nameOf(element)); });
   if (ascii) {
-    std::stable_sort(elements.begin(), elements.end(), [&](const T& a, const T& b) {
-      return std::string_view(nameOf(a)) < std::string_view(nameOf(b));
-    });
-    return;
+    sortByKey(elements, [&](const T& element) { return std::string_view(nameOf(element)); });
+  } else {
+    sortByKey(elements, [&](const T& element) { return composed(nameOf(element)); });
   }
-  std::vector<std::pair<std::string, std::size_t>> order;
-  order.reserve(elements.size());
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    order.emplace_back(composed(nameOf(elements[i])), i);
-  }
-  std::sort(order.begin(), order.end());  // the index makes equal names keep their order
-  std::vector<T> sorted;
-  sorted.reserve(elements.size());
-  for (const auto& [key, index] : order) sorted.push_back(std::move(elements[index]));
-  elements = std::move(sorted);
 }
 
 }  // namespace tarnel

@@ -147,7 +147,8 @@ TEST_F(HostList, theLogShowsNoControlCharacters) {
       ::open((temp / docs("line\nfeed\x1b/\xff")).c_str(), O_CREAT | O_WRONLY, 0644));
   if (!made.valid()) GTEST_SKIP() << "the file system takes only names in UTF-8";
   EXPECT_EQ(names("me/Docs/line\nfeed\x1b"), Names{});
-  EXPECT_EQ(log(), (Names{"left out 1 name that is not valid UTF-8 in me/Docs/line\\x0afeed\\x1b"}));
+  EXPECT_EQ(log(),
+            (Names{"left out 1 name that is not valid UTF-8 in me/Docs/line\\x0afeed\\x1b"}));
 }
 
 TEST_F(HostList, theLogShowsNoneOfTheSecondSetOfControlCharacters) {

@@ -24,8 +24,8 @@ constexpr const char* garbage[] = {"nonsense",
                                    R"({"status":7})",
                                    R"({"stat":{}})",
                                    R"({"status":"ok","stat":7,"entries":7,"dataBase64":7})",
-                                   R"({"status":"ok","stat":{"name":"a"},"entries":[7],)"
-                                   R"("dataBase64":[]})"};
+                                   (R"({"status":"ok","stat":{"name":"a"},"entries":[7],)"
+                                    R"("dataBase64":[]})")};
 
 std::string escapedStatus(const std::string& fields) {
   return R"({"status":"ok","stat":{"name":"a","size":5,"mtimeMs":0,"isDirectory":false,)"

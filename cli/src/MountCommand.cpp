@@ -151,8 +151,8 @@ class EndWaiter {
 // which doubled the time of a large read. Listings are larger and still go back at once.
 void keepReadBuffers() {
 #if defined(__GLIBC__)
-  ::mallopt(M_MMAP_THRESHOLD, 1 << 20);
-  ::mallopt(M_TRIM_THRESHOLD, 4 << 20);
+  ::mallopt(M_MMAP_THRESHOLD, 4 << 20);
+  ::mallopt(M_TRIM_THRESHOLD, 8 << 20);
   ::mallopt(M_ARENA_MAX, 2);
 #endif
 }

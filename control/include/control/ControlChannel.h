@@ -43,7 +43,7 @@ class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
   // waits behind it, and one longer than the second always: a whole chunk of a file, a large
   // listing.
   static constexpr std::size_t inlineDecodeBytes = 16'384;
-  static constexpr std::size_t elsewhereDecodeBytes = 262'144;
+  static constexpr std::size_t elsewhereDecodeBytes = 65'536;
 
   [[nodiscard]] static std::shared_ptr<ControlChannel> make(
       std::string socketPath, std::string label, std::shared_ptr<TaskPool> decoders = nullptr);

@@ -1,6 +1,9 @@
 // ls, stat and cat.
 #include <array>
 #include <ctime>
+#include <memory>
+#include <optional>
+#include <utility>
 
 #include "Commands.h"
 #include "Console.h"
@@ -76,6 +79,29 @@ int failOn(const std::string& path, VolumeError error) {
   return fail((path.empty() ? "/" : path) + ": " + errorName(error));
 }
 
+// What a path of the volume leads to, with the volume that it was found in.
+struct Found {
+  std::unique_ptr<VolumeClient> client;
+  ItemRef item;
+  ItemAttributes attributes;
+};
+
+// Absent when there is no such item, which has been told.
+std::optional<Found> find(const std::string& socket, const std::string& path) {
+  auto client = VolumeClient::open(socket);
+  if (!client) {
+    fail(client.error());
+    return std::nullopt;
+  }
+  const auto item = (*client)->resolve(path);
+  const auto attributes = item ? (*client)->attributes(*item) : std::unexpected(item.error());
+  if (!attributes) {
+    failOn(path, attributes.error());
+    return std::nullopt;
+  }
+  return Found{std::move(*client), *item, *attributes};
+}
+
 int afterPrinting() { return outputFailed() ? fail("cannot write to standard output") : done; }
 
 int catOne(VolumeClient& client, const std::string& path) {
@@ -93,17 +119,13 @@ int catOne(VolumeClient& client, const std::string& path) {
 
 int runList(const VolumeArguments& arguments) {
   const std::string path = arguments.paths.empty() ? "" : arguments.paths.front();
-  const auto client = VolumeClient::open(arguments.socket);
-  if (!client) return fail(client.error());
-  const auto item = (*client)->resolve(path);
-  if (!item) return failOn(path, item.error());
-  const auto attributes = (*client)->attributes(*item);
-  if (!attributes) return failOn(path, attributes.error());
-  if (attributes->type != ItemType::directory) {
-    print(line(statOf(lastName(path), *attributes), arguments));
+  const auto found = find(arguments.socket, path);
+  if (!found) return failed;
+  if (found->attributes.type != ItemType::directory) {
+    print(line(statOf(lastName(path), found->attributes), arguments));
     return afterPrinting();
   }
-  const auto entries = (*client)->list(*item);
+  const auto entries = found->client->list(found->item);
   if (!entries) return failOn(path, entries.error());
   std::string text;
   for (const VolumeClient::Entry& entry : *entries) {
@@ -115,21 +137,17 @@ int runList(const VolumeArguments& arguments) {
 
 int runStat(const VolumeArguments& arguments) {
   const std::string& path = arguments.paths.front();
-  const auto client = VolumeClient::open(arguments.socket);
-  if (!client) return fail(client.error());
-  const auto item = (*client)->resolve(path);
-  if (!item) return failOn(path, item.error());
-  const auto attributes = (*client)->attributes(*item);
-  if (!attributes) return failOn(path, attributes.error());
-  const ControlStat stat = statOf(lastName(path), *attributes);
+  const auto found = find(arguments.socket, path);
+  if (!found) return failed;
+  const ControlStat stat = statOf(lastName(path), found->attributes);
   if (arguments.json) {
     print(jsonLine(stat));
   } else {
     print("name   " + shown(stat.name) + "\ntype   " + (stat.isDirectory ? "directory" : "file") +
           "\nsize   " + std::to_string(stat.size) + "\nmode   " + modeText(stat) + "\nlinks  " +
           std::to_string(stat.nlink) + "\nowner  " + stat.owner + "\ngroup  " + stat.group +
-          "\ntime   " + timeText(stat.mtimeMs) + "\nid     " + std::to_string(attributes->fileID) +
-          "\n");
+          "\ntime   " + timeText(stat.mtimeMs) + "\nid     " +
+          std::to_string(found->attributes.fileID) + "\n");
   }
   return afterPrinting();
 }

@@ -45,11 +45,4 @@ bool outputClosed() { return closed; }
 
 bool outputFailed() { return failedToWrite; }
 
-std::string errnoName(int error) {
-#if defined(__GLIBC__)
-  if (const char* name = ::strerrorname_np(error)) return name;
-#endif
-  return "errno " + std::to_string(error);
-}
-
 }  // namespace tarnel

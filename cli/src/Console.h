@@ -24,7 +24,4 @@ bool print(std::string_view text);
 // True once nothing more can be printed, for either reason.
 [[nodiscard]] bool outputClosed();
 
-// "ENOENT" for this system's number.
-[[nodiscard]] std::string errnoName(int error);
-
 }  // namespace tarnel

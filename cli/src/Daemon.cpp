@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "Console.h"
+#include "control/ErrnoName.h"
 
 namespace tarnel {
 namespace {

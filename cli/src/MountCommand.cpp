@@ -21,6 +21,7 @@
 #include "Console.h"
 #include "Daemon.h"
 #include "EndSignals.h"
+#include "control/ErrnoName.h"
 #include "control/UniqueFd.h"
 #include "control/UnixSocket.h"
 #include "fs/TarnelFileSystem.h"

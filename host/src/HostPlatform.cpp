@@ -41,13 +41,6 @@ timespec modificationTime(const struct stat& status) { return status.st_mtimespe
 
 #endif
 
-std::string errnoSymbol(int error) {
-#if defined(__GLIBC__)
-  if (const char* symbol = ::strerrorname_np(error)) return symbol;
-#endif
-  return "errno " + std::to_string(error);
-}
-
 bool mustWalk(int error) {
   switch (error) {
     case ELOOP:

@@ -26,7 +26,4 @@ namespace tarnel {
 
 [[nodiscard]] timespec modificationTime(const struct stat& status);
 
-// "ENOENT" for this system's number; "errno 2" where the system does not tell.
-[[nodiscard]] std::string errnoSymbol(int error);
-
 }  // namespace tarnel

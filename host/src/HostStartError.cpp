@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "HostPlatform.h"
+#include "control/ErrnoName.h"
 #include "control/UnixSocket.h"
 #include "host/SharePath.h"
 
@@ -21,7 +21,7 @@ std::string naming(const HostStartError& error) {
   return (isLocal(error) ? "--share NAME=" : "--peer PEER/NAME=") + error.path;
 }
 
-std::string nameOf(int error) { return " (" + errnoSymbol(error) + ")"; }
+std::string nameOf(int error) { return " (" + errnoName(error) + ")"; }
 
 std::string aboutFolder(const HostStartError& error) {
   switch (error.error) {

@@ -6,6 +6,7 @@
 
 #include "Base64Avx2.h"
 #include "Base64Plain.h"
+#include "Base64Vbmi.h"
 #include "SlashEscape.h"
 
 namespace tarnel::base64 {
@@ -13,6 +14,7 @@ namespace {
 
 char* encodeInto(BytesView bytes, char* to) {
   std::size_t done = 0;
+  to = vbmi::encode(bytes, done, to);
   to = avx2::encode(bytes, done, to);
   return plain::encode(bytes.substr(done), to);
 }
@@ -20,6 +22,7 @@ char* encodeInto(BytesView bytes, char* to) {
 // What the text decodes to before its padding; false when a character is outside the alphabet.
 bool decodeInto(std::string_view text, char* to) {
   std::size_t done = 0;
+  to = vbmi::decode(text, done, to);
   to = avx2::decode(text, done, to);
   return plain::decode(text.substr(done), to);
 }

@@ -21,20 +21,19 @@ bool available() {
 
 TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
   constexpr std::size_t step = 32;
-  // Two places for each character: the even one for a backslash, which only a slash uses, the odd
+  // Two places for each character: the even one for a backslash, which only a slash keeps, the odd
   // one for the character itself.
   constexpr std::uint64_t characters = 0xAAAAAAAAAAAAAAAAu;
   constexpr std::uint64_t backslashes = 0x5555555555555555u;
   for (; i + step <= text.size(); i += step) {
     const __m256i block = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text.data() + i));
     const std::uint32_t slashes = _mm256_cmpeq_epi8_mask(block, _mm256_set1_epi8('/'));
-    const std::uint64_t used = characters | _pdep_u64(slashes, backslashes);
-    const std::uint64_t places = _pext_u64(characters, used);
-    const __m512i spread =
-        _mm512_mask_expand_epi8(_mm512_set1_epi8('\\'), places, _mm512_castsi256_si512(block));
+    const std::uint64_t kept = characters | _pdep_u64(slashes, backslashes);
+    const __m512i pairs =
+        _mm512_or_si512(_mm512_slli_epi16(_mm512_cvtepu8_epi16(block), 8), _mm512_set1_epi16('\\'));
     // 64 bytes for 32: within twice the text, since no more than twice the done part is before it.
-    _mm512_storeu_si512(to, spread);
-    to += std::popcount(used);
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(kept, pairs));
+    to += step + std::popcount(slashes);
   }
   return to;
 }
@@ -42,24 +41,25 @@ TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
 TARNEL_VBMI2 const char* copyAll(const char* p, const char* end, char*& to, bool& nonAscii) {
   constexpr int step = 64;
   std::uint64_t highs = 0;
-  while (end - p >= step) {
+  // Whether the block before ended with a backslash, whose escape the next block shows. It is all
+  // that one step hands to the next but the output's end, so that the steps overlap.
+  std::uint64_t pending = 0;
+  for (; end - p >= step; p += step) {
     const __m512i block = _mm512_loadu_si512(p);
     const std::uint64_t backslashes = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('\\'));
     const std::uint64_t slashes = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('/'));
     const std::uint64_t stops = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('"')) |
                                 _mm512_cmplt_epu8_mask(block, _mm512_set1_epi8(0x20));
-    const std::uint64_t otherEscapes = (backslashes << 1) & ~slashes;
+    const std::uint64_t otherEscapes = (backslashes << 1 | pending) & ~slashes;
     if ((stops | otherEscapes) != 0) break;
-    // A backslash in the last place waits for the next block, which shows what it escapes.
-    const std::uint64_t last = backslashes >> (step - 1);
     // 64 bytes, as many as are left to read at least: the output never overtakes the input.
     _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(~backslashes, block));
     highs |= _mm512_movepi8_mask(block);
     to += step - std::popcount(backslashes);
-    p += step - static_cast<int>(last);
+    pending = backslashes >> (step - 1);
   }
   nonAscii |= highs != 0;
-  return p;
+  return p - pending;
 }
 
 }  // namespace

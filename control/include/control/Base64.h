@@ -3,8 +3,8 @@
 //
 // decode is strict: a length that is not a multiple of four, padding anywhere but at the end and
 // any character outside the alphabet fail. Bits left over before the padding are ignored ("AB==" is
-// one byte, 0). The empty text is empty data. Both directions use AVX2 where the processor has it;
-// the outcome is the same without. Threads: pure functions.
+// one byte, 0). The empty text is empty data. Both directions use AVX-512
+// or AVX2 where the processor has it; the outcome is the same without. Threads: pure functions.
 #pragma once
 
 #include <optional>

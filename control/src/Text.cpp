@@ -18,23 +18,36 @@ std::uint8_t byteAt(std::string_view text, std::size_t i) {
   return static_cast<std::uint8_t>(text[i]);
 }
 
-// The length of the well-formed sequence at i (RFC 3629, section 4), 0 if there is none.
-std::size_t sequenceLength(std::string_view text, std::size_t i) {
+// What the bytes at a place of a text are: the length of the sequence that stands there or, when
+// there is none (RFC 3629, section 4), of the longest start of one.
+struct Sequence {
+  std::size_t length;
+  bool whole;
+};
+
+// Only the second byte's range depends on the lead: it excludes overlong forms, surrogates and what
+// is past U+10FFFF.
+bool continues(std::uint8_t lead, std::size_t position, std::uint8_t byte) {
+  const bool second = position == 1;
+  const std::uint8_t least = second && lead == 0xE0 ? 0xA0 : second && lead == 0xF0 ? 0x90 : 0x80;
+  const std::uint8_t most = second && lead == 0xED ? 0x9F : second && lead == 0xF4 ? 0x8F : 0xBF;
+  return byte >= least && byte <= most;
+}
+
+Sequence sequenceAt(std::string_view text, std::size_t i) {
   const std::uint8_t lead = byteAt(text, i);
-  if (lead < 0x80) return 1;
-  const std::size_t length = lead >= 0xC2 && lead < 0xE0   ? 2
+  if (lead < 0x80) return {.length = 1, .whole = true};
+  const std::size_t wanted = lead >= 0xC2 && lead < 0xE0   ? 2
                              : lead >= 0xE0 && lead < 0xF0 ? 3
                              : lead >= 0xF0 && lead < 0xF5 ? 4
                                                            : 0;
-  if (length == 0 || text.size() - i < length) return 0;
-  for (std::size_t k = 1; k < length; ++k) {
-    if ((byteAt(text, i + k) & 0xC0) != 0x80) return 0;
+  if (wanted == 0) return {.length = 1, .whole = false};
+  for (std::size_t k = 1; k < wanted; ++k) {
+    if (i + k == text.size() || !continues(lead, k, byteAt(text, i + k))) {
+      return {.length = k, .whole = false};
+    }
   }
-  const std::uint8_t second = byteAt(text, i + 1);
-  const bool overlong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
-  const bool surrogate = lead == 0xED && second >= 0xA0;
-  const bool tooLarge = lead == 0xF4 && second >= 0x90;
-  return overlong || surrogate || tooLarge ? 0 : length;
+  return {.length = wanted, .whole = true};
 }
 
 using CodePoints = std::vector<utf8proc_int32_t>;
@@ -96,11 +109,22 @@ bool isAscii(std::string_view text) {
 
 bool isValidUtf8(std::string_view text) {
   for (std::size_t i = 0; i < text.size();) {
-    const std::size_t length = sequenceLength(text, i);
-    if (length == 0) return false;
-    i += length;
+    const Sequence sequence = sequenceAt(text, i);
+    if (!sequence.whole) return false;
+    i += sequence.length;
   }
   return true;
+}
+
+std::string repairedUtf8(std::string_view text) {
+  std::string repaired;
+  repaired.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    const Sequence sequence = sequenceAt(text, i);
+    repaired += sequence.whole ? text.substr(i, sequence.length) : "\xEF\xBF\xBD";
+    i += sequence.length;
+  }
+  return repaired;
 }
 
 // The library's own utf8proc_map exchanges marks pair by pair, so that the time for one hostile

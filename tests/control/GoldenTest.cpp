@@ -100,6 +100,16 @@ TEST(GoldenTest, goldenBase64) {
   report("base64", lines.size(), lines.size());
 }
 
+TEST(GoldenTest, goldenUtf8Repair) {
+  const auto lines = readGolden("utf8_repair.jsonl");
+  for (const GoldenLine& line : lines) {
+    const std::string bytes = line.bytes("bytes");
+    EXPECT_EQ(readable(repairedUtf8(bytes)), readable(line.bytes("text")))
+        << "line " << line.number() << ": " << readable(bytes);
+  }
+  report("utf8_repair", lines.size(), lines.size());
+}
+
 TEST(GoldenTest, goldenTextCompare) {
   const auto lines = readGolden("text_compare.jsonl");
   for (const GoldenLine& line : lines) {

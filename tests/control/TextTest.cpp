@@ -157,5 +157,16 @@ TEST(Text, sortingKeepsTheOrderOfEqualNames) {
   EXPECT_TRUE(sorted({}).empty());
 }
 
+TEST(Text, repairKeepsWhatIsValidAndMarksEachMaximalPartOnce) {
+  EXPECT_EQ(repairedUtf8(""), "");
+  EXPECT_EQ(repairedUtf8("a\u00e9\u20ac\U0001F600"), "a\u00e9\u20ac\U0001F600");
+  EXPECT_EQ(repairedUtf8("\xFF\x41"), "\uFFFDA");
+  EXPECT_EQ(repairedUtf8("\xE2\x82\x41"), "\uFFFDA");             // a sequence that was cut
+  EXPECT_EQ(repairedUtf8("\xF0\x9F\x98"), "\uFFFD");              // the same at the end
+  EXPECT_EQ(repairedUtf8("\xED\xA0\x80"), "\uFFFD\uFFFD\uFFFD");  // no surrogate starts one
+  EXPECT_EQ(repairedUtf8("\xC0\x80"), "\uFFFD\uFFFD");            // nor does an overlong form
+  EXPECT_EQ(repairedUtf8("\xF4\x90\x80\x80"), "\uFFFD\uFFFD\uFFFD\uFFFD");
+}
+
 }  // namespace
 }  // namespace tarnel::test

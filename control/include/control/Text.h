@@ -24,6 +24,10 @@ namespace tarnel {
 // RFC 3629: no overlong forms, no surrogates, nothing past U+10FFFF.
 [[nodiscard]] bool isValidUtf8(std::string_view text);
 
+// The text with one U+FFFD for each maximal part of a sequence that could have been one (Unicode
+// Standard, 3.9), so that a message from a peer can always be shown.
+[[nodiscard]] std::string repairedUtf8(std::string_view text);
+
 // The composed form (NFC); the text itself when it is ASCII or not valid UTF-8.
 [[nodiscard]] std::string composed(std::string_view text);
 

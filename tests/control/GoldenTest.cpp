@@ -15,6 +15,7 @@
 #include "control/JsonWriter.h"
 #include "control/SourceShare.h"
 #include "control/Text.h"
+#include "control/TreeHeader.h"
 #include "support/GoldenFile.h"
 
 namespace tarnel::test {
@@ -37,6 +38,7 @@ const std::map<std::string, ReadAgain> readers = {
     {"ReviewSummary", readAgain<ReviewSummary>},   {"ControlStat", readAgain<ControlStat>},
     {"ControlName", readAgain<ControlName>},       {"RemoteShareInfo", readAgain<RemoteShareInfo>},
     {"SourceShare", readAgain<SourceShare>},       {"FileStat", readAgain<FileStat>},
+    {"TreeHeader", readAgain<TreeHeader>},
 };
 
 // The expectation of a line about input that succeeds with an output or fails. A free line may fail
@@ -98,6 +100,16 @@ TEST(GoldenTest, goldenBase64) {
     expectOutcome(line, text, "bytes", base64::decode(text));
   }
   report("base64", lines.size(), lines.size());
+}
+
+TEST(GoldenTest, goldenNoise) {
+  const auto lines = readGolden("noise.jsonl");
+  for (const GoldenLine& line : lines) {
+    const std::string name = line.bytes("name");
+    EXPECT_EQ(TreeHeader::isNoise(name), line.flag("noise"))
+        << "line " << line.number() << ": " << readable(name);
+  }
+  report("noise", lines.size(), lines.size());
 }
 
 TEST(GoldenTest, goldenUtf8Repair) {

@@ -1,0 +1,182 @@
+#include "get/HostStream.h"
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "control/ControlClient.h"
+#include "control/ControlStreamFrame.h"
+#include "control/ControlWire.h"
+#include "control/PosixSocket.h"
+#include "control/UnixSocket.h"
+
+namespace tarnel {
+namespace {
+
+constexpr std::size_t headBytes = 5;
+
+using Kind = ControlClientError::Kind;
+
+CopyError connectionError(Kind kind, int error) {
+  return {.error = error, .detail = description(ControlClientError{.kind = kind})};
+}
+
+std::uint32_t lengthOf(BytesView head) {
+  const auto byte = [&](std::size_t i) {
+    return std::uint32_t{static_cast<std::uint8_t>(head[i])};
+  };
+  return byte(1) << 24 | byte(2) << 16 | byte(3) << 8 | byte(4);
+}
+
+// White space may stand before a JSON text.
+bool beginsJson(char c) { return c == '{' || c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+}  // namespace
+
+HostStream::HostStream(std::string path, Interruption& signals)
+    : socketPath(std::move(path)),
+      interruption(signals),
+      buffer(std::make_unique_for_overwrite<char[]>(bufferBytes)) {}
+
+HostStream::~HostStream() { drop(); }
+
+void HostStream::drop() {
+  if (socket.valid()) interruption.removeSocket(socket.get());
+  socket.reset();
+  begin = end = left = 0;
+}
+
+std::unexpected<CopyError> HostStream::lost(CopyError error) {
+  drop();
+  if (interruption.raised()) return copyFailure(EINTR);
+  return std::unexpected(std::move(error));
+}
+
+CopyResult<void> HostStream::connect() {
+  const auto fd = connectUnixSocket(socketPath);
+  if (!fd) {
+    return copyFailure(ENOTCONN,
+                       "no host answers on " + socketPath + ": " + description(fd.error()));
+  }
+  socket.reset(*fd);
+  if (!interruption.addSocket(*fd)) return lost({.error = EINTR});
+  currentDeadline = 0;
+  return {};
+}
+
+CopyResult<void> HostStream::ask(const ControlRequest& request, double deadline) {
+  const auto frame = ControlWire::encode(request);
+  if (!frame) return copyFailure(EILSEQ);  // a name that is not UTF-8 cannot be asked for
+  if (socket.valid() && (begin != end || left != 0 || hasReadableByte(socket.get()))) drop();
+  if (!socket.valid()) {
+    if (auto connected = connect(); !connected) return connected;
+  }
+  if (deadline != currentDeadline) {
+    ControlClient(socket.get()).setDeadline(deadline);
+    currentDeadline = deadline;
+  }
+  return writeAll(*frame);
+}
+
+CopyResult<void> HostStream::writeAll(BytesView bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = writeWithoutSignal(socket.get(), bytes);
+    if (written <= 0) {
+      return lost(errno == EAGAIN ? connectionError(Kind::timedOut, ETIMEDOUT)
+                                  : connectionError(Kind::connectionClosed, ENOTCONN));
+    }
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+CopyResult<void> HostStream::fill(std::size_t limit) {
+  if (!socket.valid()) return copyFailure(ENOTCONN);
+  errno = 0;  // an orderly end of stream is no time-out, whatever happened before
+  const ssize_t got = ::read(socket.get(), buffer.get() + end, std::min(limit, bufferBytes - end));
+  if (got > 0) {
+    end += static_cast<std::size_t>(got);
+    return {};
+  }
+  return lost(got < 0 && errno == EAGAIN ? connectionError(Kind::timedOut, ETIMEDOUT)
+                                         : connectionError(Kind::connectionClosed, ENOTCONN));
+}
+
+CopyResult<void> HostStream::need(std::size_t count) {
+  if (begin == end) begin = end = 0;
+  if (begin + count > bufferBytes) {
+    std::memmove(buffer.get(), buffer.get() + begin, end - begin);
+    end -= begin;
+    begin = 0;
+  }
+  while (end - begin < count) {
+    if (auto filled = fill(bufferBytes); !filled) return filled;
+  }
+  return {};
+}
+
+CopyResult<bool> HostStream::answersInFrames() {
+  if (auto first = need(1); !first) return std::unexpected(first.error());
+  return !beginsJson(buffer[begin]);
+}
+
+CopyResult<Bytes> HostStream::readLine() {
+  Bytes line;
+  while (true) {
+    if (auto more = need(1); !more) return std::unexpected(more.error());
+    const BytesView piece = buffered();
+    const std::size_t feed = piece.find('\n');
+    line.append(piece.substr(0, feed));
+    begin += std::min(feed, piece.size());
+    if (line.size() >= ControlWire::maxFrameBytes) {
+      return lost(connectionError(Kind::oversizedResponse, EIO));
+    }
+    if (feed == BytesView::npos) continue;
+    ++begin;
+    return line;
+  }
+}
+
+CopyResult<HostStream::Head> HostStream::readHead() {
+  while (left > 0) {
+    if (auto skipped = readPiece(); !skipped) return std::unexpected(skipped.error());
+  }
+  if (auto head = need(headBytes); !head) return std::unexpected(head.error());
+  const BytesView bytes = buffered();
+  const Head head{.tag = static_cast<std::uint8_t>(bytes[0]), .length = lengthOf(bytes)};
+  if (head.length > ControlStreamFrame::maxBodyBytes) {
+    return lost({.error = EIO, .detail = "a frame of " + std::to_string(head.length) + " bytes"});
+  }
+  begin += headBytes;
+  left = head.length;
+  return head;
+}
+
+CopyResult<BytesView> HostStream::readPiece() {
+  if (left == 0) return BytesView();
+  if (begin == end) {
+    begin = end = 0;
+    if (auto filled = fill(bufferBytes); !filled) return std::unexpected(filled.error());
+  }
+  const BytesView piece = buffered().substr(0, left);
+  begin += piece.size();
+  left -= piece.size();
+  return piece;
+}
+
+CopyResult<Bytes> HostStream::readText(std::size_t limit) {
+  Bytes text;
+  while (left > 0) {
+    const auto piece = readPiece();
+    if (!piece) return std::unexpected(piece.error());
+    text.append(piece->substr(0, limit - text.size()));
+  }
+  return text;
+}
+
+}  // namespace tarnel

@@ -16,9 +16,13 @@ void setNonBlocking(int fd, bool on) {
 }
 
 void raiseSocketBuffers(int fd) {
-  const int bytes = 1 << 20;
-  ::setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &bytes, sizeof bytes);
-  ::setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+  constexpr int least = 16 << 10;
+  for (const int which : {SO_SNDBUF, SO_RCVBUF}) {
+    int bytes = 1 << 20;  // one system takes less by itself, another refuses and is asked for less
+    while (::setsockopt(fd, SOL_SOCKET, which, &bytes, sizeof bytes) != 0 && bytes > least) {
+      bytes /= 2;
+    }
+  }
 }
 
 #if defined(__linux__)
@@ -59,7 +63,12 @@ UniqueFd closedOnExec(int fd) {
 }
 }  // namespace
 
-UniqueFd makeUnixStreamSocket() { return closedOnExec(::socket(AF_UNIX, SOCK_STREAM, 0)); }
+UniqueFd makeUnixStreamSocket() {
+  UniqueFd fd = closedOnExec(::socket(AF_UNIX, SOCK_STREAM, 0));
+  // Set again once connected; by then the peer may have gone, and the option is refused.
+  if (fd.valid()) setNoSIGPIPE(fd.get());
+  return fd;
+}
 
 UniqueFd acceptConnection(int listenFD) {
   UniqueFd fd = closedOnExec(::accept(listenFD, nullptr, nullptr));

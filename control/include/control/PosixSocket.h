@@ -21,7 +21,8 @@ namespace tarnel {
 void setNonBlocking(int fd, bool on);
 
 // Room in the socket for most of a large answer, so that the two sides do not wake each other for
-// every piece of it. As much as the system gives; no failure is told.
+// every piece of it (one of these systems gives 8 KiB unless asked). As much as the system gives; no
+// failure is told.
 void raiseSocketBuffers(int fd);
 
 // write() to a socket whose peer may have gone: EPIPE, never the signal.

@@ -1,7 +1,8 @@
-// Where an answer goes: a whole line at once, or a long one in pieces. Also the memory for making
-// pieces, which lives as long as the connection.
+// Where an answer goes: a whole line at once, or a long one in pieces. Also what lives as long as the
+// connection: the memory for making pieces, and the reviews that wait for an answer.
 #pragma once
 
+#include "ShareReviews.h"
 #include "control/Bytes.h"
 
 namespace tarnel {
@@ -15,7 +16,10 @@ class AnswerSink {
 
   // False when the client has gone: the connection is over.
   [[nodiscard]] virtual bool send(BytesView bytes) = 0;
+  // True once the connection is over, or about to be: what nobody will read need not be made.
+  [[nodiscard]] virtual bool isOver() const = 0;
 
+  ShareReviews reviews;
   Bytes fileBytes;
   Bytes linePiece;
 };

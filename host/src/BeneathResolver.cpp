@@ -68,7 +68,7 @@ HostResult<UniqueFd> BeneathResolver::openDirectory(const std::string& path) con
 }
 
 HostResult<PathWalk> BeneathResolver::enter(const std::string& path) const {
-  auto walk = PathWalk::start(rootFD, *isOwnMount);
+  auto walk = PathWalk::start(rootFD, *isOwnMount, hidden);
   for (std::string_view left = path; walk && !left.empty();) {
     if (auto entered = walk->enter(takeComponent(left)); !entered) {
       return std::unexpected(entered.error());
@@ -79,7 +79,10 @@ HostResult<PathWalk> BeneathResolver::enter(const std::string& path) const {
 
 // An invalid descriptor without a refusal means that the walk decides.
 HostResult<UniqueFd> BeneathResolver::tryDirectly(const std::string& path, int flags) const {
-  if (road == Road::walkOnly) return UniqueFd();
+  // A path may go through a link to something that is shown after all: the walk knows.
+  if (road == Road::walkOnly || (hidden != nullptr && hidden->hides(path))) {
+    return UniqueFd();
+  }
   UniqueFd fd = openBeneath(rootFD, path.empty() ? "." : path.c_str(), flags);
   if (!fd.valid() && !mustWalk(errno)) return std::unexpected(refusalFor(errno));
   return fd;

@@ -85,6 +85,7 @@ HostResult<void> DirectoryLister::writeEntry(const char* name) {
 
 HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* name) {
   struct stat status;
+  if (resolver.mayHide(name)) return throughWalk(name);
   if (::fstatat(directoryFD, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     // A directory that may be read but not entered refuses every entry alike: an empty listing
     // would be untrue. Anything else is this entry's own: it has just gone, or another user's FUSE
@@ -94,13 +95,13 @@ HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* nam
     }
     return std::nullopt;
   }
-  if (S_ISLNK(status.st_mode)) return throughLink(name);
+  if (S_ISLNK(status.st_mode)) return throughWalk(name);
   if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return std::nullopt;
   if (status.st_dev != directory.device && resolver.isForeign(status.st_dev)) return std::nullopt;
   return status;
 }
 
-std::optional<struct stat> DirectoryLister::throughLink(const char* name) {
+std::optional<struct stat> DirectoryLister::throughWalk(const char* name) {
   if (!walk) walk.emplace(resolver.enter(path));
   // Another directory may stand at the path by now; its links are not this one's.
   if (!*walk || (*walk)->id() != directory) return std::nullopt;

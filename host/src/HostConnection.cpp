@@ -1,5 +1,7 @@
 #include "HostConnection.h"
 
+#include <poll.h>
+
 #include <cerrno>
 
 #include "AnswerLine.h"
@@ -36,6 +38,12 @@ bool HostConnection::send(BytesView bytes) {
     }
   }
   return true;
+}
+
+bool HostConnection::isOver() const {
+  pollfd watched{.fd = fd, .events = 0, .revents = 0};
+  return ::poll(&watched, 1, 0) >
+         0;  // only a hang-up or an error comes without having been asked for
 }
 
 }  // namespace tarnel

@@ -20,6 +20,7 @@ class HostConnection final : private AnswerSink {
  private:
   [[nodiscard]] bool answer(BytesView line);
   [[nodiscard]] bool send(BytesView bytes) override;
+  [[nodiscard]] bool isOver() const override;
 
   const int fd;
   HostResponder& responder;

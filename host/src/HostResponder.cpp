@@ -11,16 +11,25 @@
 #include "host/DirectoryLister.h"
 
 namespace tarnel {
+namespace {
+
+HostResult<Bytes> lineOf(const HostResult<ControlResponse>& response) {
+  if (!response) return std::unexpected(response.error());
+  return answerLine(*response);
+}
+
+}  // namespace
+
 bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
   if (request.op == ControlOp::read) {
     const auto sent = read(request, sink);
     return sent ? *sent : sink.send(answerLine(sent.error()));
   }
-  const auto line = dispatch(request);
+  const auto line = dispatch(request, sink);
   return sink.send(line ? *line : answerLine(line.error()));
 }
 
-HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request) {
+HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request, AnswerSink& sink) {
   switch (request.op) {
     case ControlOp::shares:
       return shares();
@@ -28,11 +37,15 @@ HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request) {
       return stat(request);
     case ControlOp::list:
       return list(request);
-    case ControlOp::read:
     case ControlOp::share:
+      return lineOf(sharing.share(request, sink));
     case ControlOp::confirm:
+      return lineOf(sharing.confirm(request, sink.reviews));
     case ControlOp::cancel:
+      return lineOf(Sharing::cancel(request, sink.reviews));
     case ControlOp::unshare:
+      return lineOf(sharing.unshare(request));
+    case ControlOp::read:
     case ControlOp::readStream:
     case ControlOp::readTreeStream:
     case ControlOp::bridge:
@@ -45,16 +58,18 @@ HostResult<HostResponder::Located> HostResponder::locate(const ControlRequest& r
   if (!request.name) return std::unexpected(Refusal::noLocation);
   auto path = SharePath::parse(*request.name);
   if (!path) return std::unexpected(Refusal::noSuchFile);
-  auto share = table.find(path->peer, path->share);
+  auto share = table->find(path->peer, path->share);
   if (!share) return std::unexpected(Refusal::noSuchFile);
-  const int root = share->root.get();
-  return Located{std::move(*path), std::move(share), BeneathResolver(root, options.isOwnMount)};
+  const BeneathResolver resolver(share->root.get(), options.isOwnMount,
+                                 BeneathResolver::Road::fastest,
+                                 share->hidden ? &*share->hidden : nullptr);
+  return Located{std::move(*path), std::move(share), resolver};
 }
 
 Bytes HostResponder::shares() const {
   ControlResponse response = ControlResponse::ok();
-  response.shares = table.localShares();
-  response.remoteShares = table.remoteShares();
+  response.shares = table->localShares();
+  response.remoteShares = table->remoteShares();
   return answerLine(response);
 }
 

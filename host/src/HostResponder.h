@@ -1,5 +1,5 @@
 // Answers requests, one line for each: the operations `shares`, `stat`, `list` and `read` on the
-// shares of a table, and an error for every other.
+// shares of a table, those that change the table (Sharing), and an error for every other.
 //
 // `read` gives at most ReadAnswer::maxBytes for any length that is absent or larger; a reader asks
 // again. Threads: any. Each connection brings its own sink.
@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "AnswerSink.h"
+#include "Sharing.h"
 #include "control/Bytes.h"
 #include "control/ControlRequest.h"
 #include "host/AccountNames.h"
@@ -25,8 +26,8 @@ namespace tarnel {
 
 class HostResponder {
  public:
-  HostResponder(ShareTable shareTable, HostOptions hostOptions)
-      : table(std::move(shareTable)), options(std::move(hostOptions)) {}
+  HostResponder(std::unique_ptr<ShareTable> shareTable, HostOptions hostOptions)
+      : table(std::move(shareTable)), options(std::move(hostOptions)), sharing(*table, options) {}
 
   // Sends the answer, a whole line with its line feed; false when the client cannot take it.
   [[nodiscard]] bool answer(const ControlRequest& request, AnswerSink& sink);
@@ -45,12 +46,13 @@ class HostResponder {
   [[nodiscard]] HostResult<Bytes> list(const ControlRequest& request);
   [[nodiscard]] HostResult<bool> read(const ControlRequest& request, AnswerSink& sink) const;
   // Every other operation, whose answer is one line.
-  [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request);
+  [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request, AnswerSink& sink);
   void logTooLarge(std::string_view location) const;
   void logNamesLeftOut(std::size_t count, std::string_view location) const;
 
-  const ShareTable table;
+  const std::unique_ptr<ShareTable> table;
   const HostOptions options;
+  Sharing sharing;
   AccountNames accounts;
 };
 

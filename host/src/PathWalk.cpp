@@ -16,8 +16,9 @@
 namespace tarnel {
 namespace {
 
-HostResult<std::shared_ptr<const PathWalk::Directory>> openDirectoryAt(int parent,
-                                                                       const char* name) {
+// path: what its path is to be.
+HostResult<std::shared_ptr<const PathWalk::Directory>> openDirectoryAt(int parent, const char* name,
+                                                                       std::string path) {
   auto opened = std::make_shared<PathWalk::Directory>();
   opened->fd = UniqueFd(::openat(parent, name, directoryNamingFlags() | O_NOFOLLOW));
   struct stat status;
@@ -25,6 +26,7 @@ HostResult<std::shared_ptr<const PathWalk::Directory>> openDirectoryAt(int paren
     return std::unexpected(refusalFor(errno));
   }
   opened->id = fileId(status);
+  opened->path = std::move(path);
   return opened;
 }
 
@@ -61,6 +63,7 @@ class PathWalk::Step {
     if (!at.name.empty()) return missing();  // a link's text that goes on behind a file
     if (component.empty() || component == ".") return {};
     if (component == "..") return goUp();
+    if (walk.hidden != nullptr && walk.hidden->hides(pathOf(component))) return missing();
     const int parent = at.directoryFD();
     if (::fstatat(parent, component.c_str(), &at.status, AT_SYMLINK_NOFOLLOW) != 0) {
       return std::unexpected(refusalFor(errno));
@@ -80,7 +83,7 @@ class PathWalk::Step {
   }
 
   Outcome goDown(int parent, const std::string& component) {
-    auto opened = openDirectoryAt(parent, component.c_str());
+    auto opened = openDirectoryAt(parent, component.c_str(), pathOf(component));
     if (!opened) return std::unexpected(opened.error());
     if (isForeign((*opened)->id.device)) return missing();
     at.place.push_back(std::move(*opened));
@@ -103,6 +106,11 @@ class PathWalk::Step {
     return {};
   }
 
+  std::string pathOf(const std::string& component) const {
+    const std::string& above = at.place.back()->path;
+    return above.empty() ? component : above + "/" + component;
+  }
+
   bool isForeign(dev_t device) const {
     return device != at.place.back()->id.device && *walk.isOwnMount && (*walk.isOwnMount)(device);
   }
@@ -112,10 +120,11 @@ class PathWalk::Step {
   std::vector<std::string> pending;  // the next one last
 };
 
-HostResult<PathWalk> PathWalk::start(int rootFD, const IsOwnMount& isOwnMount) {
-  auto root = openDirectoryAt(rootFD, ".");
+HostResult<PathWalk> PathWalk::start(int rootFD, const IsOwnMount& isOwnMount,
+                                     const HiddenPaths* hidden) {
+  auto root = openDirectoryAt(rootFD, ".", {});
   if (!root) return std::unexpected(root.error());
-  PathWalk walk(isOwnMount);
+  PathWalk walk(isOwnMount, hidden);
   walk.cameThrough.push_back((*root)->id);
   walk.place.push_back(std::move(*root));
   return walk;

@@ -13,7 +13,7 @@
 namespace tarnel {
 
 struct ReferenceHost::Core {
-  Core(ShareTable table, HostOptions options)
+  Core(std::unique_ptr<ShareTable> table, HostOptions options)
       : connections(std::make_shared<ConnectionRegistry>(options.maxConnections)),
         responder(std::move(table), std::move(options)) {}
 

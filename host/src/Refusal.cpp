@@ -18,6 +18,10 @@ std::string_view description(Refusal refusal) {
       return "i/o error";
     case Refusal::listingTooLarge:
       return "listing too large for one answer";
+    case Refusal::folderTooLarge:
+      return "folder with too many names";
+    case Refusal::folderTooDeep:
+      return "folder too deep";
     case Refusal::noLocation:
       return "no location given";
     case Refusal::invalidOffset:
@@ -30,6 +34,28 @@ std::string_view description(Refusal refusal) {
       return "malformed request";
     case Refusal::notServed:
       return "operation not served";
+    case Refusal::unusableShareName:
+      return "not a usable share name";
+    case Refusal::shareNameTaken:
+      return "another share has this name";
+    case Refusal::noSuchShare:
+      return "no such share";
+    case Refusal::folderNotAbsolute:
+      return "the folder's path must be absolute";
+    case Refusal::folderIsOwnMount:
+      return "the folder lies on a mounted Tarnel volume";
+    case Refusal::folderIsSecret:
+      return "the folder itself is a likely secret: nothing is left without it";
+    case Refusal::tooManyShares:
+      return "too many shares";
+    case Refusal::tooManyReviews:
+      return "too many reviews in waiting: confirm or cancel one";
+    case Refusal::noReviewWaiting:
+      return "no review waits under this name";
+    case Refusal::notReviewed:
+      return "includeSecrets names a path that the review does not";
+    case Refusal::capsNotAcknowledged:
+      return "the review is not complete: confirm it with ackCaps";
   }
   __builtin_unreachable();
 }

@@ -14,14 +14,24 @@ namespace {
 
 using Kind = HostStartError::Kind;
 
-bool isUsable(const std::string& name) { return isValidUtf8(name) && isSafeName(name); }
-
 HostStartError badName(Kind kind, const ShareDefinition& share) {
   return {.kind = kind, .path = share.folder, .peer = share.peer, .name = share.name};
 }
 
-std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
-                                                   const IsOwnMount& isOwnMount) {
+std::shared_ptr<const Share> findIn(const std::vector<std::shared_ptr<const Share>>& shares,
+                                    std::string_view peer, std::string_view name) {
+  for (const auto& share : shares) {
+    if (share->peer == peer && share->name == name) return share;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool isUsableShareName(std::string_view name) { return isValidUtf8(name) && isSafeName(name); }
+
+std::expected<UniqueFd, HostStartError> openSharedFolder(const std::string& folder,
+                                                         const IsOwnMount& isOwnMount) {
   UniqueFd fd(::open(folder.c_str(), directoryNamingFlags()));
   struct stat status;
   if (!fd.valid() || ::fstat(fd.get(), &status) != 0) {
@@ -33,36 +43,67 @@ std::expected<UniqueFd, HostStartError> openFolder(const std::string& folder,
   return fd;
 }
 
-}  // namespace
-
-std::expected<ShareTable, HostStartError> ShareTable::open(
+std::expected<std::unique_ptr<ShareTable>, HostStartError> ShareTable::open(
     const std::vector<ShareDefinition>& definitions, const IsOwnMount& isOwnMount) {
-  ShareTable table;
+  Shares opened;
   for (const ShareDefinition& wanted : definitions) {
-    if (!isUsable(wanted.peer) || !isUsable(wanted.name)) {
+    if (!isUsableShareName(wanted.peer) || !isUsableShareName(wanted.name)) {
       return std::unexpected(badName(Kind::unsafeName, wanted));
     }
-    if (table.find(wanted.peer, wanted.name)) {
+    if (findIn(opened, wanted.peer, wanted.name)) {
       return std::unexpected(badName(Kind::duplicateName, wanted));
     }
-    auto root = openFolder(wanted.folder, isOwnMount);
+    auto root = openSharedFolder(wanted.folder, isOwnMount);
     if (!root) return std::unexpected(std::move(root.error()));
-    table.shares.push_back(
-        std::make_shared<const Share>(Share{wanted.peer, wanted.name, std::move(*root)}));
+    opened.push_back(std::make_shared<const Share>(
+        Share{.peer = wanted.peer, .name = wanted.name, .root = std::move(*root)}));
   }
+  auto table = std::make_unique<ShareTable>();
+  MutexLock hold(table->lock);
+  table->most = maxAdded + opened.size();
+  table->shares = std::move(opened);
   return table;
 }
 
-std::shared_ptr<const Share> ShareTable::find(std::string_view peer, std::string_view name) const {
+HostResult<void> ShareTable::add(Share share) {
+  auto added = std::make_shared<const Share>(std::move(share));
+  MutexLock hold(lock);
+  if (findIn(shares, added->peer, added->name)) return std::unexpected(Refusal::shareNameTaken);
+  if (shares.size() >= most) return std::unexpected(Refusal::tooManyShares);
+  shares.push_back(std::move(added));
+  return {};
+}
+
+bool ShareTable::removeLocal(std::string_view name) {
+  std::shared_ptr<const Share> removed;  // closed after the lock
+  MutexLock hold(lock);
+  removed = findIn(shares, localPeer, name);
+  if (removed) std::erase(shares, removed);
+  return removed != nullptr;
+}
+
+void ShareTable::removeAllLocal() {
+  Shares removed;  // closed after the lock
+  MutexLock hold(lock);
   for (const auto& share : shares) {
-    if (share->peer == peer && share->name == name) return share;
+    if (share->isLocal()) removed.push_back(share);
   }
-  return nullptr;
+  std::erase_if(shares, [](const auto& share) { return share->isLocal(); });
+}
+
+std::shared_ptr<const Share> ShareTable::find(std::string_view peer, std::string_view name) const {
+  MutexLock hold(lock);
+  return findIn(shares, peer, name);
+}
+
+ShareTable::Shares ShareTable::all() const {
+  MutexLock hold(lock);
+  return shares;
 }
 
 std::vector<SourceShare> ShareTable::localShares() const {
   std::vector<SourceShare> local;
-  for (const auto& share : shares) {
+  for (const auto& share : all()) {
     if (share->isLocal()) local.push_back({.name = share->name, .isRemote = false});
   }
   return local;
@@ -70,7 +111,7 @@ std::vector<SourceShare> ShareTable::localShares() const {
 
 std::vector<RemoteShareInfo> ShareTable::remoteShares() const {
   std::vector<RemoteShareInfo> remote;
-  for (const auto& share : shares) {
+  for (const auto& share : all()) {
     if (share->isLocal()) continue;
     remote.push_back({.peer = share->peer, .name = share->name, .isRemote = true});
   }

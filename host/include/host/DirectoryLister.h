@@ -50,7 +50,7 @@ class DirectoryLister {
   [[nodiscard]] HostResult<void> writeEntry(const char* name);
   // nullopt leaves the entry out.
   [[nodiscard]] HostResult<std::optional<struct stat>> statusOf(const char* name);
-  [[nodiscard]] std::optional<struct stat> throughLink(const char* name);
+  [[nodiscard]] std::optional<struct stat> throughWalk(const char* name);
   [[nodiscard]] bool isComplete() const;
 
   const BeneathResolver& resolver;
@@ -60,7 +60,7 @@ class DirectoryLister {
   JsonWriter json;
   int directoryFD = -1;  // borrowed from the stream while run() reads it
   FileId directory;
-  std::optional<HostResult<PathWalk>> walk;  // made for the first link
+  std::optional<HostResult<PathWalk>> walk;  // made for the first link or secret
   ControlStat entry;
   std::int64_t written = 0;
   std::size_t namesLeftOut = 0;

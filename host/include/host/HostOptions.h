@@ -9,6 +9,7 @@
 
 #include "control/ControlWire.h"
 #include "host/PathWalk.h"
+#include "host/SecretScan.h"
 #include "host/ShareTable.h"
 
 namespace tarnel {
@@ -22,7 +23,8 @@ struct HostOptions {
   std::vector<ShareDefinition> shares = {};
   HostLog log = {};
   IsOwnMount isOwnMount = {};
-  std::size_t maxConnections = 64;  // each is a thread; one more is closed at once
+  std::size_t maxConnections = 64;   // each is a thread; one more is closed at once
+  SecretScanLimits secretScan = {};  // of a folder that is to be shared
   std::size_t maxAnswerBytes = ControlWire::maxFrameBytes;  // of a listing's line; tests lower it
 };
 

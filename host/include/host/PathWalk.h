@@ -7,11 +7,11 @@
 // walk cannot come out. At most maxLinks links are followed in all.
 //
 // Left out, that is answered as missing: absolute links, links that lead out or nowhere, links to a
-// directory above themselves, mounts that the host must not serve, and everything but regular files
-// and directories. A link is above itself when its target is a directory that the requested path
+// directory above themselves, mounts that the host must not serve, paths that the share hides, and
+// everything but regular files and directories. A link is above itself when its target is a directory that the requested path
 // came through under any name, or one that holds the link; links that lead to each other's parents
 // are thereby no endless tree either. Threads: one walk, one thread. Lifetime: refers to the root's
-// descriptor and to the predicate.
+// descriptor, to the predicate and to the hidden paths.
 #pragma once
 
 #include <sys/stat.h>
@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "control/UniqueFd.h"
+#include "host/HiddenPaths.h"
 #include "host/Refusal.h"
 
 namespace tarnel {
@@ -46,6 +47,7 @@ class PathWalk {
   struct Directory {
     UniqueFd fd;  // names the directory; readable only by opening "." below it
     FileId id;
+    std::string path;  // below the share's folder, without any link in it
   };
   using Place = std::vector<std::shared_ptr<const Directory>>;  // the share's folder first
 
@@ -60,7 +62,8 @@ class PathWalk {
     [[nodiscard]] int directoryFD() const { return place.back()->fd.get(); }
   };
 
-  [[nodiscard]] static HostResult<PathWalk> start(int rootFD, const IsOwnMount& isOwnMount);
+  [[nodiscard]] static HostResult<PathWalk> start(int rootFD, const IsOwnMount& isOwnMount,
+                                                  const HiddenPaths* hidden = nullptr);
 
   // Looks at one name where the walk stands, without moving.
   [[nodiscard]] HostResult<Target> look(std::string_view name) const;
@@ -70,14 +73,18 @@ class PathWalk {
   [[nodiscard]] HostResult<void> enter(std::string_view name);
 
   [[nodiscard]] FileId id() const { return place.back()->id; }
+  // Of the directory in which the walk stands, without any link in it.
+  [[nodiscard]] const std::string& path() const { return place.back()->path; }
 
  private:
   class Step;
 
-  explicit PathWalk(const IsOwnMount& ownMount) : isOwnMount(&ownMount) {}
+  PathWalk(const IsOwnMount& ownMount, const HiddenPaths* hiddenPaths)
+      : isOwnMount(&ownMount), hidden(hiddenPaths) {}
   [[nodiscard]] bool isAbove(FileId id) const;
 
   const IsOwnMount* isOwnMount;
+  const HiddenPaths* hidden;  // null: nothing is
   Place place;
   std::vector<FileId> cameThrough;  // each prefix of the requested path, the share's folder first
   int links = 0;

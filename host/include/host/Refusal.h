@@ -17,12 +17,26 @@ enum class Refusal {
   permissionDenied,
   ioError,
   listingTooLarge,
+  folderTooLarge,
+  folderTooDeep,
   noLocation,
   invalidOffset,
   invalidLength,
   invalidLimit,
   malformedRequest,
   notServed,
+  // Of the sharing operations.
+  unusableShareName,
+  shareNameTaken,
+  noSuchShare,
+  folderNotAbsolute,
+  folderIsOwnMount,
+  folderIsSecret,
+  tooManyShares,
+  tooManyReviews,
+  noReviewWaiting,
+  notReviewed,
+  capsNotAcknowledged,
 };
 [[nodiscard]] std::string_view description(Refusal refusal);
 

@@ -47,8 +47,8 @@ std::string joined(const std::vector<std::string>& options) {
 
 }  // namespace
 
-TarnelFileSystem::TarnelFileSystem(std::string socketPath)
-    : givenSocketPath(std::move(socketPath)) {}
+TarnelFileSystem::TarnelFileSystem(std::string socketPath, std::function<void()> ready)
+    : givenSocketPath(std::move(socketPath)), becameReady(std::move(ready)) {}
 
 std::string TarnelFileSystem::socketPath() const {
   return givenSocketPath ? *givenSocketPath : TarnelFSKitSocket::appexPath(homeDirectory());
@@ -77,6 +77,7 @@ void TarnelFileSystem::loadResource(const Resource& resource, const TaskOptions&
     replaced = std::exchange(volume, loaded);
   }
   status = ContainerStatus::ready;
+  if (becameReady) becameReady();
   log().loaded(volumeName, path);
   reply(std::move(loaded), std::nullopt);
 }

@@ -130,6 +130,15 @@ TEST_F(FileSystemLifecycle, isReadyFromLoadingOnAlsoAfterUnloading) {
   EXPECT_EQ(fileSystem.containerStatus(), ContainerStatus::ready);
 }
 
+TEST_F(FileSystemLifecycle, eachLoadTellsThatItBecameReadyBeforeTheLoadedLine) {
+  std::vector<std::size_t> linesBefore;
+  TarnelFileSystem fileSystem("/nowhere.sock",
+                              [&] { linesBefore.push_back(recording.lines().size()); });
+  (void)load(fileSystem);
+  (void)load(fileSystem);
+  EXPECT_EQ(linesBefore, (std::vector<std::size_t>{1, 3}));
+}
+
 TEST_F(FileSystemLifecycle, unloadingNothingLogsAndSucceeds) {
   TarnelFileSystem fileSystem("/nowhere.sock");
   EXPECT_EQ(unload(fileSystem), std::nullopt);

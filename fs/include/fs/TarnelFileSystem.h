@@ -32,8 +32,10 @@ class TarnelFileSystem {
   // Takes the socket from the user's home when it loads. A system whose processes have a home of
   // their own, apart from the user's, gives the path instead.
   TarnelFileSystem() = default;
-  // For the command and tests: this socket.
-  explicit TarnelFileSystem(std::string socketPath);
+  // This socket. `becameReady` is called by each load, after its volume is stored and before the
+  // line that says so and the reply: what a system whose containers have a status of their own sets
+  // then.
+  explicit TarnelFileSystem(std::string socketPath, std::function<void()> becameReady = {});
 
   void probeResource(const Resource& resource, const ProbeReply& reply) const;
   // A volume of an earlier load is released, neither unloaded nor cancelled.
@@ -48,6 +50,7 @@ class TarnelFileSystem {
   [[nodiscard]] std::string socketPath() const;
 
   const std::optional<std::string> givenSocketPath;
+  const std::function<void()> becameReady;
   Mutex lock;  // guards volume, for one read or write
   std::shared_ptr<FabricVolume> volume GUARDED_BY(lock);
   std::atomic<ContainerStatus> status = ContainerStatus::notReady;

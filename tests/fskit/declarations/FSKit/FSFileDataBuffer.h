@@ -1,0 +1,14 @@
+#pragma once
+
+#import <FSKit/FSKitDefines.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+FSKIT_API_AVAILABILITY_V1
+@interface FSMutableFileDataBuffer : NSObject
+- (instancetype)init NS_UNAVAILABLE;
+@property(readonly) NSUInteger length;
+- (void*)mutableBytes;
+@end
+
+NS_ASSUME_NONNULL_END

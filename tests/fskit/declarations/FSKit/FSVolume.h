@@ -1,0 +1,17 @@
+#pragma once
+
+#import <FSKit/FSEntityIdentifier.h>
+#import <FSKit/FSFileName.h>
+
+NS_ASSUME_NONNULL_BEGIN
+
+FSKIT_API_AVAILABILITY_V1
+@interface FSVolume : NSObject
+- (instancetype)init NS_UNAVAILABLE;
+- (instancetype)initWithVolumeID:(FSVolumeIdentifier*)volumeID
+                      volumeName:(FSFileName*)volumeName NS_DESIGNATED_INITIALIZER;
+@property(strong, readonly) FSVolumeIdentifier* volumeID;
+@property(copy) FSFileName* name;
+@end
+
+NS_ASSUME_NONNULL_END

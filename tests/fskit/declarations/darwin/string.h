@@ -1,0 +1,5 @@
+#pragma once
+
+#include <stddef.h>
+
+size_t strlen(const char* text);

@@ -1,0 +1,7 @@
+#pragma once
+
+typedef long time_t;
+struct timespec {
+  time_t tv_sec;
+  long tv_nsec;
+};

@@ -40,4 +40,10 @@ int runList(const VolumeArguments& arguments);
 int runStat(const VolumeArguments& arguments);
 int runCat(const VolumeArguments& arguments);
 
+struct CheckArguments {
+  std::string socket;
+  bool json = false;
+};
+int runCheckHost(const CheckArguments& arguments);
+
 }  // namespace tarnel

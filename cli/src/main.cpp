@@ -43,6 +43,7 @@ class CommandLine {
     defineMount();
     defineUnmount();
     defineReaders();
+    defineCheck();
     try {
       app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -118,11 +119,20 @@ class CommandLine {
     cat->callback([this] { action = [this] { return runCat(volume); }; });
   }
 
+  void defineCheck() {
+    CLI::App* const command =
+        app.add_subcommand("check-host", "Tell a host's author whether it speaks the protocol");
+    addSocket(*command, check.socket);
+    command->add_flag("--json", check.json, "One JSON object a line");
+    command->callback([this] { action = [this] { return runCheckHost(check); }; });
+  }
+
   CLI::App app{"A folder that is fetched on demand from a host application, read-only.", "tarnel"};
   HostArguments host{.socket = defaultSocket()};
   MountArguments mount{.socket = defaultSocket()};
   UnmountArguments unmount;
   VolumeArguments volume{.socket = defaultSocket()};
+  CheckArguments check{.socket = defaultSocket()};
   std::function<int()> action;
 };
 

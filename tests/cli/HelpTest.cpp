@@ -5,7 +5,7 @@ namespace tarnel::test {
 namespace {
 
 const std::vector<std::string>& commands() {
-  static const std::vector<std::string> all = {"host",  "shares", "ls", "stat", "cat",
+  static const std::vector<std::string> all = {"host",  "shares", "ls", "stat", "cat", "check-host",
 #if defined(__linux__)
                                                "mount", "unmount"
 #endif

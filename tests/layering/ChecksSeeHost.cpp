@@ -1,0 +1,2 @@
+// Must not compile: the checks judge any host, and know none.
+#include "host/ReferenceHost.h"

@@ -182,6 +182,11 @@ HostReply& ScriptedHost::expect(std::string requestLine) {
   return script.emplace_back(std::move(requestLine), HostReply()).second;
 }
 
+void ScriptedHost::expect(std::string requestLine, HostReply reply) {
+  MutexLock hold(lock);
+  script.emplace_back(std::move(requestLine), std::move(reply));
+}
+
 void ScriptedHost::answerWith(Handler decide) {
   MutexLock hold(lock);
   handler = std::move(decide);

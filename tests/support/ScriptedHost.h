@@ -6,7 +6,8 @@
 // The script is consumed in order of arrival, over all connections; with answerWith a function
 // decides instead. A request that is not the expected one, a request past the end of the script and
 // a step that nobody asked for are failures of the test.
-// A chain of calls on an expected reply is finished before the request is sent.
+// A chain of calls on an expected reply is finished before the request is sent; where a program of
+// its own sends it, at a time of its own, the reply is given whole.
 // Threads: one for each connection. Waiting is bounded (Eventually.h). Destruction hangs up on
 // everybody, stalled or not, and joins.
 #pragma once
@@ -40,6 +41,7 @@ class ScriptedHost {
   [[nodiscard]] const std::string& path() const { return socketPath; }
 
   HostReply& expect(std::string requestLine);
+  void expect(std::string requestLine, HostReply reply);
   void answerWith(Handler decide);
   // What the next connection that comes gets before any request.
   HostReply& greetNext();

@@ -30,7 +30,7 @@ class Peer {
 TEST(ScriptedHost, answersLineByLineAndRecordsWhatCame) {
   ScriptedHost host;
   host.expect("one").answer("1");
-  host.expect("two").answer("2").hangUp();
+  host.expect("two", HostReply().answer("2").hangUp());
   Peer peer(host);
   peer.send("one\ntw");
   EXPECT_EQ(peer.readSome(), "1\n");

@@ -111,29 +111,34 @@ void JsonReader::skipString() {
 
 // Plain bytes are copied as they are looked at. The room is taken up to the next quote, which ends
 // the string unless a backslash stands before it: a listing keeps its many short strings for as
-// long as it is used, so none may hold more than it needs.
+// long as it is used, so none may hold more than it needs. A string that is not short is read once
+// only, into room for a whole chunk of a file.
 bool JsonReader::text(std::string& out) {
+  constexpr std::ptrdiff_t shortBytes = 4096;
+  constexpr std::ptrdiff_t longBytes = 384 * 1024;
+  constexpr std::size_t spareBytes = 64 * 1024;
   const char* p = at + 1;  // past the quote
   bool nonAscii = false;
   bool good = true;
   bool closed = false;
   std::size_t written = 0;
-  while (good && !closed) {
-    const void* const quote = std::memchr(p, '"', static_cast<std::size_t>(end - p));
-    if (quote == nullptr) break;
-    const char* const limit = static_cast<const char*>(quote);
+  while (good && !closed && p < end) {
+    const auto near = static_cast<std::size_t>(std::min(end - p, shortBytes));
+    const void* const quote = std::memchr(p, '"', near);
+    const char* const limit =
+        quote != nullptr ? static_cast<const char*>(quote) : p + std::min(end - p, longBytes);
     const std::size_t most = written + static_cast<std::size_t>(limit - p);
     // The output never outgrows the input.
     out.resize_and_overwrite(most, [&](char* const data, std::size_t) {
       char* to = data + written;
-      while (good && p < limit) {
+      while (good && p < limit && *p != '"') {
         p = copyPlain(p, limit, to, nonAscii);
-        if (p < limit) good = *p == '\\' && escape(p, end, to);
+        if (p < limit && *p != '"') good = *p == '\\' && escape(p, end, to);
       }
       written = static_cast<std::size_t>(to - data);
       return written;
     });
-    closed = p == limit;  // one further when the quote was escaped
+    closed = p < end && *p == '"';  // a quote that was escaped lies behind p
   }
   at = p;
   if (!good || !closed) {
@@ -141,6 +146,7 @@ bool JsonReader::text(std::string& out) {
     return false;
   }
   ++at;
+  if (out.capacity() > out.size() + spareBytes) out.shrink_to_fit();
   // An escape never completes a sequence that raw bytes began, so the outcome can be checked whole.
   if (nonAscii && !isValidUtf8(out)) {
     corrupted("text is not UTF-8");

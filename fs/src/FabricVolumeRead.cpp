@@ -1,7 +1,6 @@
 // File bytes, chunk by chunk, straight into the system's buffer. Nothing is cached.
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
 #include "Bridge.h"
@@ -49,21 +48,9 @@ class Fill : public std::enable_shared_from_this<Fill> {
   void take(FabricSource::Result<Bytes> chunk) {
     if (!chunk) return reply(std::unexpected(std::move(chunk.error())));
     if (chunk->empty()) return reply(total);
-    total += copy(*chunk);
+    total += buffer->put(total, std::move(*chunk));  // never past its end, however much came
     if (total >= wanted) return reply(total);
     next();
-  }
-
-  // Never past the buffer, however much the host sent.
-  [[nodiscard]] std::int64_t copy(BytesView chunk) {
-    std::int64_t copied = 0;
-    buffer->withUnsafeMutableBytes([&](std::span<char> bytes) {
-      const std::span<char> room = bytes.subspan(static_cast<std::size_t>(total));
-      const std::size_t count = std::min(room.size(), chunk.size());
-      if (count > 0) std::memcpy(room.data(), chunk.data(), count);
-      copied = static_cast<std::int64_t>(count);
-    });
-    return copied;
   }
 
   const std::shared_ptr<FabricSource> source;

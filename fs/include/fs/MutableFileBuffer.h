@@ -7,6 +7,8 @@
 #include <functional>
 #include <span>
 
+#include "control/Bytes.h"
+
 namespace tarnel {
 
 class MutableFileBuffer {
@@ -19,6 +21,9 @@ class MutableFileBuffer {
   [[nodiscard]] virtual std::int64_t length() const = 0;  // bytes; a read's count is at most this
   // Hands over exactly length() bytes.
   virtual void withUnsafeMutableBytes(const std::function<void(std::span<char>)>& use) = 0;
+  // Puts the chunk at a place up to which bytes have been put, never past the end; how many bytes.
+  // Copies; a buffer whose memory nobody else has given it may take the chunk's instead.
+  virtual std::int64_t put(std::int64_t place, Bytes chunk);
 };
 
 }  // namespace tarnel

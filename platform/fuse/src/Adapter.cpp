@@ -12,6 +12,7 @@
 
 #include "AdapterRefusals.h"
 #include "HelperMessages.h"
+#include "ReadAhead.h"
 #include "control/Mutex.h"
 #include "control/Thread.h"
 #include "fusefs/MountTable.h"
@@ -52,7 +53,8 @@ class LibraryMessages {
 };
 
 std::string libraryOptions(const MountOptions& options) {
-  std::string text = "nosuid,nodev,fsname=Tarnel,subtype=tarnelfs";
+  std::string text = "nosuid,nodev,fsname=Tarnel,subtype=tarnelfs,max_read=" +
+                     std::to_string(FabricVolume::maximumReadBytes);
   if (options.readOnlyFlag) text += ",ro";
   if (options.allowOther) text += ",allow_other";
   if (options.defaultPermissions) text += ",default_permissions";
@@ -70,6 +72,9 @@ void init(void*, fuse_conn_info* connection) {
   connection->want |= connection->capable & FUSE_CAP_READDIRPLUS;
   connection->want &= ~static_cast<unsigned>(FUSE_CAP_READDIRPLUS_AUTO | FUSE_CAP_SPLICE_READ |
                                              FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE);
+  // One request to the host each: the second half of a longer one would only be asked for when the
+  // first has been decoded. libfuse wants the number here and as an option.
+  connection->max_read = FabricVolume::maximumReadBytes;
   // Cached pages go when the attributes say that the file changed.
   connection->want |= connection->capable & FUSE_CAP_AUTO_INVAL_DATA;
 }
@@ -164,6 +169,7 @@ std::expected<void, std::string> Adapter::mountOn(const std::string& mountpoint)
   session = fuse_session_new(&args, &adapterOperations(), sizeof(fuse_lowlevel_ops), this);
   fuse_opt_free_args(&args);
   if (session == nullptr) return std::unexpected("cannot start FUSE: " + LibraryMessages::last());
+  folder = mountpoint;
   HelperMessages helper;
   if (fuse_session_mount(session, mountpoint.c_str()) != 0) {
     const std::string said = helper.take();
@@ -188,6 +194,7 @@ void Adapter::loop() {
     if (received == -EINTR) continue;
     if (received <= 0) break;
     fuse_session_process_buf(session, &buffer);
+    if (!greeted.exchange(true)) raiseReadAhead(folder);
   }
   std::free(buffer.mem);
   if (--loopsRunning == 0) onEnd();

@@ -63,7 +63,9 @@ class Adapter final : public FuseSession, public std::enable_shared_from_this<Ad
   const std::shared_ptr<FabricVolume> volume;
   const MountOptions options;
   NodeTable nodes;
-  fuse_session* session = nullptr;  // destroyed with the adapter, after the last request
+  fuse_session* session = nullptr;    // destroyed with the adapter, after the last request
+  std::string folder;                 // mounted on; set before the loops start
+  std::atomic<bool> greeted = false;  // the kernel's INIT has been answered
   std::atomic<int> loopsRunning = 0;
   std::function<void()> onEnd;  // set before the loops start
 };

@@ -10,6 +10,7 @@
 #include "DirectoryHandle.h"
 #include "FuseReply.h"
 #include "NodeTable.h"
+#include "ReadOrder.h"
 #include "control/SerialQueue.h"
 #include "fs/FabricVolume.h"
 #include "fusefs/FuseSession.h"
@@ -63,6 +64,7 @@ class Adapter final : public FuseSession, public std::enable_shared_from_this<Ad
   const std::shared_ptr<FabricVolume> volume;
   const MountOptions options;
   NodeTable nodes;
+  ReadOrder reads;
   fuse_session* session = nullptr;    // destroyed with the adapter, after the last request
   std::string folder;                 // mounted on; set before the loops start
   std::atomic<bool> greeted = false;  // the kernel's INIT has been answered

@@ -155,6 +155,28 @@ TEST_F(CountedReadTest, aHostThatLikesSmallAnswersIsReadToTheEnd) {
   EXPECT_TRUE(contentOf(at("a")) == bytes);
 }
 
+// The kernel believes only the first short answer of its read-ahead, and fills with zeros what the
+// others lack.
+TEST_F(CountedReadTest, aFileThatShrankUnseenEndsWhereItEnds) {
+  const std::string bytes = someBytes(2'000'000);
+  host.folder("me/Docs");
+  for (int round = 0; round < 10; ++round) {
+    host.file("me/Docs/a" + std::to_string(round), bytes);
+  }
+  mountTree(everythingKept);
+  for (int round = 0; round < 10; ++round) {
+    const std::string name = "a" + std::to_string(round);
+    struct stat status{};
+    ASSERT_EQ(::stat(at(name).c_str(), &status), 0);
+    const std::size_t left = 300'001 + static_cast<std::size_t>(round) * 50'000;
+    host.file("me/Docs/" + name, bytes.substr(0, left));
+    const auto content = contentOf(at(name));
+    ASSERT_TRUE(content.has_value());
+    EXPECT_EQ(content->size(), left);
+    EXPECT_TRUE(*content == bytes.substr(0, left));
+  }
+}
+
 TEST_F(CountedReadTest, aFileThatIsLongerThanItsStatusSaidIsNotShortenedByIt) {
   host.file("me/Docs/a", "first");
   mountTree("attr_timeout=0,entry_timeout=600");

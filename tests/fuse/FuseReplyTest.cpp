@@ -59,6 +59,12 @@ TEST(FuseReply, aFilesStatusCarriesEveryAttribute) {
   EXPECT_EQ(status.st_ctim.tv_nsec, 6);
 }
 
+TEST(FuseReply, theBlocksOfAnEnormousFileAreNoNegativeNumber) {
+  ItemAttributes attributes = someFile();
+  attributes.allocSize = 0x8000'0000'0000'0000;
+  EXPECT_EQ(systemStat(attributes).st_blocks, 0x40'0000'0000'0000);
+}
+
 TEST(FuseReply, aDirectoryIsOne) {
   ItemAttributes attributes = someFile();
   attributes.type = ItemType::directory;

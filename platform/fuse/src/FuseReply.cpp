@@ -18,7 +18,7 @@ constexpr std::array<std::pair<std::int32_t, int>, 8> numbers = {{
     {darwin::timedOut, ETIMEDOUT},
 }};
 
-constexpr std::int64_t statBlockBytes = 512;
+constexpr std::uint64_t statBlockBytes = 512;
 constexpr std::int64_t nanosecondsASecond = 1'000'000'000;
 
 timespec systemTime(ItemTime time) {
@@ -53,7 +53,7 @@ struct stat systemStat(const ItemAttributes& attributes) {
   made.st_gid = attributes.gid;
   made.st_size = static_cast<off_t>(attributes.size);
   made.st_blksize = 4096;
-  made.st_blocks = static_cast<blkcnt_t>(attributes.allocSize) / statBlockBytes;
+  made.st_blocks = static_cast<blkcnt_t>(attributes.allocSize / statBlockBytes);
   made.st_atim = systemTime(attributes.accessTime);
   made.st_mtim = systemTime(attributes.modifyTime);
   made.st_ctim = systemTime(attributes.changeTime);

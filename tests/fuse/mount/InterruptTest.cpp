@@ -22,12 +22,13 @@ class InterruptTest : public ScriptedMountFixture {
     host.folder("me/Docs/d");
   }
 
-  // Starts the program, waits for the question, interrupts it; its status, 128 + SIGINT.
-  int interrupted(const std::vector<std::string>& arguments, const TreeHost::Question& question) {
+  // Starts the program, waits for the question, interrupts it; its status, 128 + the signal.
+  int interrupted(const std::vector<std::string>& arguments, const TreeHost::Question& question,
+                  int signal = SIGINT) {
     host.answer(question, HostReply().stall().answer(usualAnswer(question)));
     Program program(arguments);
     EXPECT_TRUE(host.waitUntilAsked(question, host.asked(question) + 1));
-    program.signal(SIGINT);
+    program.signal(signal);
     return program.wait(atOnce).status;
   }
   std::string usualAnswer(const TreeHost::Question& question) const {
@@ -66,6 +67,14 @@ TEST_F(InterruptTest, aListingEndsAtOnce) {
   EXPECT_EQ(interrupted({"ls", at("d")}, question), 128 + SIGINT);
   hostSpeaksAgain();
   EXPECT_EQ(runProgram({"ls", at("d")}).status, 0);
+}
+
+TEST_F(InterruptTest, aSignalThatDumpsCoreEndsALookupAtOnceToo) {
+  mountTree();
+  const TreeHost::Question question{.op = ControlOp::stat, .path = "me/Docs/a"};
+  EXPECT_EQ(interrupted({"stat", at("a")}, question, SIGQUIT), 128 + SIGQUIT);
+  hostSpeaksAgain();
+  EXPECT_EQ(contentOf(at("b")), "bee");
 }
 
 TEST_F(InterruptTest, manyInterruptedProgramsLeaveTheMountAsItWas) {

@@ -4,8 +4,11 @@
 #include <utility>
 
 #include "AnswerLine.h"
+#include "FileStream.h"
 #include "HostStatus.h"
 #include "ReadAnswer.h"
+#include "StreamWriter.h"
+#include "TreeStream.h"
 #include "control/ControlResponse.h"
 #include "control/Printable.h"
 #include "host/DirectoryLister.h"
@@ -18,6 +21,13 @@ HostResult<Bytes> lineOf(const HostResult<ControlResponse>& response) {
   return answerLine(*response);
 }
 
+// A stream that is over before it began.
+bool sendError(Refusal refusal, AnswerSink& sink) {
+  StreamWriter writer(sink);
+  writer.error(refusal);
+  return writer.finish();
+}
+
 }  // namespace
 
 bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
@@ -25,6 +35,8 @@ bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
     const auto sent = read(request, sink);
     return sent ? *sent : sink.send(answerLine(sent.error()));
   }
+  if (request.op == ControlOp::readStream) return readStream(request, sink);
+  if (request.op == ControlOp::readTreeStream) return readTreeStream(request, sink);
   const auto line = dispatch(request, sink);
   return sink.send(line ? *line : answerLine(line.error()));
 }
@@ -111,6 +123,21 @@ HostResult<bool> HostResponder::read(const ControlRequest& request, AnswerSink& 
   const auto file = located->resolver.openFile(located->path.rest);
   if (!file) return std::unexpected(file.error());
   return ReadAnswer::send(file->get(), offset, length, sink);
+}
+
+bool HostResponder::readStream(const ControlRequest& request, AnswerSink& sink) const {
+  const auto located = locate(request);
+  if (!located) return sendError(located.error(), sink);
+  const std::int64_t offset = request.offset.value_or(0);
+  if (offset < 0) return sendError(Refusal::invalidOffset, sink);
+  if (request.length.value_or(0) < 0) return sendError(Refusal::invalidLength, sink);
+  return FileStream::send(located->resolver, located->path.rest, offset, request.length, sink);
+}
+
+bool HostResponder::readTreeStream(const ControlRequest& request, AnswerSink& sink) const {
+  const auto located = locate(request);
+  if (!located) return sendError(located.error(), sink);
+  return TreeStream(located->resolver, sink).send(located->path.rest, located->path.lastName());
 }
 
 // The reader shows such a folder as missing: only this line tells why.

@@ -1,5 +1,6 @@
-// Answers requests, one line for each: the operations `shares`, `stat`, `list` and `read` on the
-// shares of a table, those that change the table (Sharing), and an error for every other.
+// Answers requests. One line for each of the operations `shares`, `stat`, `list` and `read` on the
+// shares of a table, for those that change the table (Sharing), and, an error, for every operation
+// that is not served. Frames for `readStream` and `readTreeStream`, also when they cannot start.
 //
 // `read` gives at most ReadAnswer::maxBytes for any length that is absent or larger; a reader asks
 // again. Threads: any. Each connection brings its own sink.
@@ -29,7 +30,7 @@ class HostResponder {
   HostResponder(std::unique_ptr<ShareTable> shareTable, HostOptions hostOptions)
       : table(std::move(shareTable)), options(std::move(hostOptions)), sharing(*table, options) {}
 
-  // Sends the answer, a whole line with its line feed; false when the client cannot take it.
+  // Sends the whole answer; false when the client cannot take it.
   [[nodiscard]] bool answer(const ControlRequest& request, AnswerSink& sink);
 
  private:
@@ -45,6 +46,8 @@ class HostResponder {
   [[nodiscard]] HostResult<Bytes> stat(const ControlRequest& request);
   [[nodiscard]] HostResult<Bytes> list(const ControlRequest& request);
   [[nodiscard]] HostResult<bool> read(const ControlRequest& request, AnswerSink& sink) const;
+  [[nodiscard]] bool readStream(const ControlRequest& request, AnswerSink& sink) const;
+  [[nodiscard]] bool readTreeStream(const ControlRequest& request, AnswerSink& sink) const;
   // Every other operation, whose answer is one line.
   [[nodiscard]] HostResult<Bytes> dispatch(const ControlRequest& request, AnswerSink& sink);
   void logTooLarge(std::string_view location) const;

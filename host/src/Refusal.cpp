@@ -22,6 +22,8 @@ std::string_view description(Refusal refusal) {
       return "folder with too many names";
     case Refusal::folderTooDeep:
       return "folder too deep";
+    case Refusal::fileBecameShorter:
+      return "file became shorter while it was sent";
     case Refusal::noLocation:
       return "no location given";
     case Refusal::invalidOffset:

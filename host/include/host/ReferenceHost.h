@@ -2,7 +2,7 @@
 //
 // It exists so that the volume can be run, tested and measured against something real, and as the
 // example for the author of another host. Locations are "peer/Share/rest"; it serves `shares`,
-// `stat`, `list` (with `namesOnly` and `limit`), `read`, and `share`, `confirm`, `cancel` and
+// `stat`, `list` (with `namesOnly` and `limit`), `read`, `readStream` and `readTreeStream`, and `share`, `confirm`, `cancel` and
 // `unshare`, which offer and withdraw folders while it runs. It answers everything else with an
 // error. It never leaves a shared folder (PathWalk), refuses clients of another user than its own
 // or root, and refuses in fixed texts (Refusal). Each connection has a thread of its own, so a

@@ -19,6 +19,7 @@ enum class Refusal {
   listingTooLarge,
   folderTooLarge,
   folderTooDeep,
+  fileBecameShorter,
   noLocation,
   invalidOffset,
   invalidLength,

@@ -74,15 +74,12 @@ void ControlClient::setDeadline(double seconds) {
 
 std::expected<ControlResponse, ControlClientFailure> ControlClient::send(
     const ControlRequest& request) {
-  auto line = exchange(request);
-  using Sent = std::expected<ControlResponse, ControlClientFailure>;
-  if (!line) {
+  if (auto sent = sendRaw(request); !sent) {
+    using Sent = std::expected<ControlResponse, ControlClientFailure>;
     return std::visit([](auto& error) -> Sent { return std::unexpected(std::move(error)); },
-                      line.error());
+                      sent.error());
   }
-  auto response = ControlWire::decode<ControlResponse>(*line);
-  if (!response) return std::unexpected(std::move(response.error()));
-  return std::move(*response);
+  return readResponse();
 }
 
 std::expected<Bytes, ControlExchangeFailure> ControlClient::exchange(
@@ -110,6 +107,17 @@ std::expected<StreamFrame, ControlClientError> ControlClient::readFrame() {
     if (*frame) return std::move(**frame);
     if (auto filled = refill(); !filled) return std::unexpected(filled.error());
   }
+}
+
+std::expected<std::optional<ControlResponse>, ControlClientFailure> ControlClient::streamRefusal() {
+  while (buffer.size() == 0) {
+    if (auto filled = refill(); !filled) return std::unexpected(filled.error());
+  }
+  constexpr std::string_view jsonBeginnings = "{ \t\r\n";
+  if (!jsonBeginnings.contains(buffer.view().front())) return std::nullopt;
+  auto response = readResponse();
+  if (!response) return std::unexpected(std::move(response.error()));
+  return std::move(*response);
 }
 
 bool ControlClient::hasUnrequestedBytes() const { return buffer.size() > 0 || hasReadableByte(fd); }
@@ -140,6 +148,14 @@ std::expected<Bytes, ControlClientError> ControlClient::readLine() {
     if (buffer.size() > ControlWire::maxFrameBytes) return failure(Kind::oversizedResponse);
     if (auto line = buffer.takeLine()) return std::move(*line);
   }
+}
+
+std::expected<ControlResponse, ControlClientFailure> ControlClient::readResponse() {
+  const auto line = readLine();
+  if (!line) return std::unexpected(line.error());
+  auto response = ControlWire::decode<ControlResponse>(*line);
+  if (!response) return std::unexpected(std::move(response.error()));
+  return std::move(*response);
 }
 
 }  // namespace tarnel

@@ -19,6 +19,7 @@ namespace {
 
 using Kind = ControlClientError::Kind;
 using Clock = std::chrono::steady_clock;
+using StreamRefusal = std::expected<std::optional<ControlResponse>, ControlClientFailure>;
 
 constexpr const char* stat = R"({"op":"stat"})";
 constexpr const char* ok = R"({"status":"ok"})";
@@ -233,6 +234,40 @@ TEST_F(ControlClientTest, aFrameThatIsCutOffOrLateFailsLikeALine) {
   errno = 0;
   EXPECT_EQ(client.readFrame(),
             std::unexpected(ControlClientError{.kind = Kind::connectionClosed}));
+}
+
+TEST_F(ControlClientTest, aLineInThePlaceOfAStreamIsTheRefusalAndTheNextAnswerIsItsOwn) {
+  host.expect(R"({"op":"readStream"})")
+      .answer(R"({"status":"error","message":"no"})")
+      .inPiecesOf(1);
+  host.expect(stat).answer(R"({"status":"ok","message":"next"})");
+  ASSERT_TRUE(client.sendRaw({.op = ControlOp::readStream}).has_value());
+  EXPECT_EQ(client.streamRefusal(), StreamRefusal(ControlResponse::error("no")));
+  EXPECT_FALSE(client.hasUnrequestedBytes());
+  expectAnswer("next");
+}
+
+TEST_F(ControlClientTest, aStreamIsNoRefusalAlsoWhenItsFirstFrameIsAnError) {
+  host.expect(R"({"op":"readStream"})")
+      .send(ControlStreamFrame::encode(ControlStreamFrame::error, "no"))
+      .inPiecesOf(1);
+  ASSERT_TRUE(client.sendRaw({.op = ControlOp::readStream}).has_value());
+  EXPECT_EQ(client.streamRefusal(), StreamRefusal(std::nullopt));
+  EXPECT_EQ(client.readFrame(), (StreamFrame{.tag = 'X', .payload = "no"}));
+}
+
+TEST_F(ControlClientTest, aRefusalThatIsNoResponseOrNeverComesFailsLikeAnAnswer) {
+  host.expect(R"({"op":"readStream"})").answer("{}");
+  host.expect(R"({"op":"readStream"})").hangUp();
+  ASSERT_TRUE(client.sendRaw({.op = ControlOp::readStream}).has_value());
+  auto refusal = client.streamRefusal();
+  ASSERT_FALSE(refusal.has_value());
+  EXPECT_TRUE(std::holds_alternative<DecodingError>(refusal.error()));
+  ASSERT_TRUE(client.sendRaw({.op = ControlOp::readStream}).has_value());
+  errno = 0;
+  refusal = client.streamRefusal();
+  ASSERT_FALSE(refusal.has_value());
+  EXPECT_EQ(textOf(refusal.error()), "connection to Tarnel closed");
 }
 
 TEST(ControlClientErrors, areEqualUpToTheCompositionOfTheirDetail) {

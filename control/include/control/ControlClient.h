@@ -9,6 +9,7 @@
 #pragma once
 
 #include <expected>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -51,9 +52,13 @@ class ControlClient {
   [[nodiscard]] std::expected<Bytes, ControlExchangeFailure> exchange(
       const ControlRequest& request);
 
-  // Writes a request whose answer is a stream; the caller goes on with readFrame.
+  // Writes a request whose answer is a stream; the caller goes on with streamRefusal or readFrame.
   [[nodiscard]] std::expected<void, ControlExchangeFailure> sendRaw(const ControlRequest& request);
   [[nodiscard]] std::expected<StreamFrame, ControlClientError> readFrame();
+  // Waits for a stream's first byte. A host that does not serve the operation at all answers with a
+  // line of JSON instead of frames, and no tag begins such a line: then its response, and the
+  // connection is in step. nullopt: frames follow.
+  [[nodiscard]] std::expected<std::optional<ControlResponse>, ControlClientFailure> streamRefusal();
 
   // Bytes that came without a request: this host does not alternate. Looks, never waits.
   [[nodiscard]] bool hasUnrequestedBytes() const;
@@ -66,6 +71,7 @@ class ControlClient {
   [[nodiscard]] std::expected<void, ControlClientError> writeAll(BytesView bytes);
   [[nodiscard]] std::expected<void, ControlClientError> refill();
   [[nodiscard]] std::expected<Bytes, ControlClientError> readLine();
+  [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> readResponse();
 
   int fd;  // closed by close() alone
   ReceiveBuffer buffer;

@@ -29,6 +29,22 @@ struct UnmountArguments {
 };
 int runUnmount(const UnmountArguments& arguments);
 
+struct ShareArguments {
+  std::string socket;
+  std::string share = {};  // NAME=DIR
+  bool yes = false;
+  bool force = false;
+  bool json = false;
+};
+int runShare(const ShareArguments& arguments);
+
+struct UnshareArguments {
+  std::string socket;
+  std::string name = {};
+  bool json = false;
+};
+int runUnshare(const UnshareArguments& arguments);
+
 struct VolumeArguments {
   std::string socket;
   std::vector<std::string> paths = {};

@@ -40,6 +40,7 @@ class CommandLine {
         "The socket is --socket, else the environment's TARNEL_SOCKET, else one for this user in "
         "/tmp.\nExit status: 0 done, 1 failed, 2 wrong usage.");
     defineHost();
+    defineSharing();
     defineMount();
     defineUnmount();
     defineReaders();
@@ -73,6 +74,24 @@ class CommandLine {
         ->take_all();
     command->add_option("DIR", host.folders, "Folders to share under their own names");
     command->callback([this] { action = [this] { return runHost(host); }; });
+  }
+
+  void defineSharing() {
+    CLI::App* const add = app.add_subcommand("share", "Have a running host share one more folder");
+    addSocket(*add, share.socket);
+    CLI::Option* const yes =
+        add->add_flag("--yes", share.yes, "Leave likely secrets out without asking");
+    add->add_flag("--force", share.force, "Share everything, likely secrets too")->excludes(yes);
+    add->add_flag("--json", share.json, "One JSON object; never asks");
+    add->add_option("NAME=DIR", share.share, "The folder and the name to share it under")
+        ->required();
+    add->callback([this] { action = [this] { return runShare(share); }; });
+
+    CLI::App* const withdraw = app.add_subcommand("unshare", "Have a running host share one less");
+    addSocket(*withdraw, unshare.socket);
+    withdraw->add_flag("--json", unshare.json, "One JSON object");
+    withdraw->add_option("NAME", unshare.name, "As `tarnel shares` lists it")->required();
+    withdraw->callback([this] { action = [this] { return runUnshare(unshare); }; });
   }
 
   void defineMount() {
@@ -129,6 +148,8 @@ class CommandLine {
 
   CLI::App app{"A folder that is fetched on demand from a host application, read-only.", "tarnel"};
   HostArguments host{.socket = defaultSocket()};
+  ShareArguments share{.socket = defaultSocket()};
+  UnshareArguments unshare{.socket = defaultSocket()};
   MountArguments mount{.socket = defaultSocket()};
   UnmountArguments unmount;
   VolumeArguments volume{.socket = defaultSocket()};

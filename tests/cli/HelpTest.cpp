@@ -5,7 +5,8 @@ namespace tarnel::test {
 namespace {
 
 const std::vector<std::string>& commands() {
-  static const std::vector<std::string> all = {"host",  "shares", "ls", "stat", "cat", "check-host",
+  static const std::vector<std::string> all = {"host",  "share",  "unshare", "shares",
+                                               "ls",    "stat",   "cat",     "check-host",
 #if defined(__linux__)
                                                "mount", "unmount"
 #endif
@@ -44,6 +45,14 @@ TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
       {"host", "--share", "NoEquals"},
       {"host", "--peer", "bob=/tmp"},
       {"host", "--socket"},
+      {"share"},
+      {"share", "NoEquals"},
+      {"share", "=/tmp"},
+      {"share", "Name="},
+      {"share", "A=/tmp", "B=/tmp"},
+      {"share", "--yes", "--force", "A=/tmp"},
+      {"unshare"},
+      {"unshare", "A", "B"},
 #if defined(__linux__)
       {"mount"},
       {"mount", "a", "b"},

@@ -62,6 +62,12 @@ Program::Program(const std::vector<std::string>& arguments, const ProgramOptions
   constexpr int fresh = O_WRONLY | O_CREAT | O_TRUNC | O_APPEND;
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (files / "out").c_str(), fresh, 0600);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (files / "err").c_str(), fresh, 0600);
+  if (!options.terminal.empty()) {
+    const char* const terminal = options.terminal.c_str();
+    constexpr int used = O_RDWR | O_NOCTTY;
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, terminal, used, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, terminal, used, 0);
+  }
   if (!options.folder.empty()) {
     posix_spawn_file_actions_addchdir_np(&actions, options.folder.c_str());
   }

@@ -4,7 +4,7 @@
 //   EXPECT_EQ(listed.status, 0) << listed.err;
 //
 // Standard output and error go to files, so that a program which leaves a daemon behind does not
-// keep anybody waiting; standard input is empty. Threads: one.
+// keep anybody waiting; standard input is empty. A program may sit at a Terminal instead. Threads: one.
 #pragma once
 
 #include <sys/types.h>
@@ -22,6 +22,7 @@ namespace tarnel::test {
 struct ProgramOptions {
   std::map<std::string, std::string> environment = {};  // added to this process's own
   std::string folder = {};                              // where it starts; empty: here
+  std::string terminal = {};  // takes standard input and error; empty: none does
 };
 
 struct ProgramOutcome {

@@ -7,7 +7,7 @@ set(TARNEL_ADAPTER_SOURCES ${TARNEL_ADAPTER}/objc/ItemAttributes.m ${TARNEL_ADAP
     ${TARNEL_ADAPTER}/objc/TarnelLog.m ${TARNEL_ADAPTER}/objc/TarnelVolume.m)
 set(declarations ${CMAKE_CURRENT_SOURCE_DIR}/declarations)
 set(checked -std=gnu17 -fobjc-arc -fblocks -fexceptions -fsyntax-only -Wall -Wextra -Werror
-    -I${declarations} -I${TARNEL_ADAPTER}/objc)
+    -I${declarations}/foundation -I${declarations}/fskit -I${TARNEL_ADAPTER}/objc)
 set(TARNEL_ARC_HERE -fobjc-runtime=macosx-26.0 ${checked})
 set(TARNEL_ARC_ARM64 -target arm64-apple-macosx26.0 -ffreestanding ${checked} -I${declarations}/darwin)
 set(TARNEL_ARC_X86_64 -target x86_64-apple-macosx26.0 -ffreestanding ${checked} -I${declarations}/darwin)

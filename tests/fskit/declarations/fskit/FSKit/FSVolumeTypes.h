@@ -27,6 +27,7 @@ typedef NS_ENUM(NSInteger, FSVolumeCaseFormat) {
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSVolumeSupportedCapabilities : NSObject <NSSecureCoding>
+FSKIT_STATE(uint32_t _flags; FSVolumeCaseFormat _caseFormat;)
 @property(nonatomic) BOOL supportsPersistentObjectIDs;
 @property(nonatomic) BOOL supportsSymbolicLinks;
 @property(nonatomic) BOOL supportsHardLinks;
@@ -51,6 +52,7 @@ FSKIT_API_AVAILABILITY_V1
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSStatFSResult : NSObject <NSSecureCoding>
+FSKIT_STATE(NSString* _typeName; uint64_t _numbers[13];)
 - (instancetype)init NS_UNAVAILABLE;
 - (instancetype)initWithFileSystemTypeName:(NSString*)fileSystemTypeName;
 @property(nonatomic) NSInteger blockSize;

@@ -13,6 +13,7 @@ typedef NS_ENUM(NSInteger, FSMatchResult) {
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSProbeResult : NSObject <NSSecureCoding>
+FSKIT_STATE(NSString* _name; FSContainerIdentifier * _containerID;)
 - (instancetype)init NS_UNAVAILABLE;
 @property(readonly) FSMatchResult result;
 @property(readonly, copy, nullable) NSString* name;

@@ -14,6 +14,7 @@ FOUNDATION_EXPORT FSDirectoryVerifier const FSDirectoryVerifierInitial FSKIT_API
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSDirectoryEntryPacker : NSObject
+FSKIT_STATE(NSUInteger _room; NSMutableArray * _entries;)
 - (instancetype)init NS_UNAVAILABLE;
 // NO: there is no room for the entry.
 - (BOOL)packEntryWithName:(FSFileName*)name

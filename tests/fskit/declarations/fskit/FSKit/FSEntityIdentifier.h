@@ -6,6 +6,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSEntityIdentifier : NSObject <NSCopying, NSSecureCoding>
+FSKIT_STATE(NSUUID* _uuid;)
 - (instancetype)init;
 - (instancetype)initWithUUID:(NSUUID*)uuid;
 - (instancetype)initWithUUID:(NSUUID*)uuid qualifier:(uint64_t)qualifier;

@@ -49,6 +49,7 @@ FSKIT_API_AVAILABILITY_V1
 // Setting a property makes it valid.
 FSKIT_API_AVAILABILITY_V1
 @interface FSItemAttributes : NSObject <NSSecureCoding>
+FSKIT_STATE(FSItemAttribute _valid; uint64_t _numbers[18]; struct timespec _times[6];)
 - (void)invalidateAllProperties;
 - (BOOL)isValid:(FSItemAttribute)attribute;
 @property(nonatomic) uint32_t uid;
@@ -79,6 +80,7 @@ FSKIT_API_AVAILABILITY_V1
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSItemGetAttributesRequest : NSObject <NSSecureCoding>
+FSKIT_STATE(FSItemAttribute _wanted;)
 @property(nonatomic) FSItemAttribute wantedAttributes;
 - (BOOL)isAttributeWanted:(FSItemAttribute)attribute;
 @end

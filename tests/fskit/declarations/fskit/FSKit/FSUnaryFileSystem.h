@@ -33,6 +33,7 @@ FSKIT_API_AVAILABILITY_V1
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSUnaryFileSystem : NSObject <FSFileSystemBase>
+FSKIT_STATE(FSContainerStatus* _containerStatus;)
 - (instancetype)init;
 @end
 

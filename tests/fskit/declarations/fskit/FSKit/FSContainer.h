@@ -13,6 +13,7 @@ typedef NS_ENUM(NSInteger, FSContainerState) {
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSContainerStatus : NSObject <NSCopying>
+FSKIT_STATE(FSContainerState _state;)
 - (instancetype)init NS_UNAVAILABLE;
 @property(readonly) FSContainerState state;
 @property(readonly, copy, nullable) NSError* status;

@@ -6,6 +6,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSFileName : NSObject <NSSecureCoding, NSCopying>
+FSKIT_STATE(NSData* _data;)
 - (instancetype)init NS_UNAVAILABLE;
 @property(readonly) NSData* data;
 @property(readonly, nullable) NSString* string;  // nil unless the bytes are UTF-8

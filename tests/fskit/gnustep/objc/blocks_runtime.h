@@ -1,0 +1,4 @@
+// Where GNUstep's headers look for the blocks runtime.
+#pragma once
+
+#include <Block.h>

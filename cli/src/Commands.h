@@ -8,6 +8,7 @@ namespace tarnel {
 
 struct HostArguments {
   std::string socket;
+  bool socketIsGiven = false;             // by an option or the environment
   std::vector<std::string> shares = {};   // NAME=DIR
   std::vector<std::string> peers = {};    // PEER/NAME=DIR
   std::vector<std::string> folders = {};  // DIR, shared under its own name

@@ -6,7 +6,9 @@
 #include "Commands.h"
 #include "Console.h"
 #include "EndSignals.h"
+#include "ExtensionHome.h"
 #include "OwnMounts.h"
+#include "host/ExtensionSocket.h"
 #include "host/ReferenceHost.h"
 #include "host/SharePath.h"
 
@@ -65,8 +67,18 @@ int runHost(const HostArguments& arguments) {
   const std::size_t count = options.shares.size();
   const auto host = ReferenceHost::start(std::move(options));
   if (!host) return fail(description(host.error()));
+  std::string places = shown(arguments.socket);
+  const auto home = arguments.socketIsGiven ? std::nullopt : extensionHome();
+  if (home) {
+    const auto listening = listenForExtension(**host, *home);
+    if (listening) {
+      places += " and " + shown(*listening);
+    } else if (fail(description(listening.error())); isTaken(listening.error())) {
+      return failed;
+    }
+  }
   print("tarnel host: sharing " + std::to_string(count) + (count == 1 ? " folder" : " folders") +
-        " on " + shown(arguments.socket) + "\n");
+        " on " + places + "\n");
   waitFor(ends);
   (*host)->stop();
   return done;

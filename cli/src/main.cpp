@@ -15,9 +15,14 @@
 namespace tarnel {
 namespace {
 
-std::string defaultSocket() {
+bool environmentHasSocket() {
   const char* const given = std::getenv("TARNEL_SOCKET");
-  return given != nullptr && *given != '\0' ? given : TarnelControlSocket::path(::getuid());
+  return given != nullptr && *given != '\0';
+}
+
+std::string defaultSocket() {
+  return environmentHasSocket() ? std::getenv("TARNEL_SOCKET")
+                                : TarnelControlSocket::path(::getuid());
 }
 
 void addSocket(CLI::App& command, std::string& socket) {
@@ -73,7 +78,10 @@ class CommandLine {
         ->allow_extra_args(false)
         ->take_all();
     command->add_option("DIR", host.folders, "Folders to share under their own names");
-    command->callback([this] { action = [this] { return runHost(host); }; });
+    command->callback([this, command] {
+      host.socketIsGiven = environmentHasSocket() || command->count("--socket") > 0;
+      action = [this] { return runHost(host); };
+    });
   }
 
   void defineSharing() {

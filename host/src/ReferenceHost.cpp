@@ -27,24 +27,32 @@ std::expected<std::unique_ptr<ReferenceHost>, HostStartError> ReferenceHost::sta
   auto table = ShareTable::open(options.shares, options.isOwnMount);
   if (!table) return std::unexpected(std::move(table.error()));
   const std::string path = options.socketPath;
+  auto host = std::unique_ptr<ReferenceHost>(
+      new ReferenceHost(std::make_shared<Core>(std::move(*table), std::move(options))));
+  if (auto listening = host->listenAlso(path); !listening) {
+    return std::unexpected(std::move(listening.error()));
+  }
+  return host;
+}
+
+ReferenceHost::ReferenceHost(std::shared_ptr<Core> shared) : core(std::move(shared)) {}
+
+std::expected<void, HostStartError> ReferenceHost::listenAlso(const std::string& path) {
   if (auto taken = socketSiteError(path)) return std::unexpected(std::move(*taken));
-  auto core = std::make_shared<Core>(std::move(*table), std::move(options));
   auto server = UnixSocketServer::make(path);
-  server->onConnection = [core](int fd) { serve(core, fd); };
+  server->onConnection = [held = core](int fd) { serve(held, fd); };
   if (auto listening = server->start(); !listening) {
     return std::unexpected(HostStartError{
         .kind = HostStartError::Kind::socket, .path = path, .error = listening.error().error});
   }
-  return std::unique_ptr<ReferenceHost>(new ReferenceHost(std::move(core), std::move(server)));
+  servers.push_back(std::move(server));
+  return {};
 }
-
-ReferenceHost::ReferenceHost(std::shared_ptr<Core> shared, std::shared_ptr<UnixSocketServer> socket)
-    : core(std::move(shared)), server(std::move(socket)) {}
 
 ReferenceHost::~ReferenceHost() { stop(); }
 
 void ReferenceHost::stop() {
-  if (server) std::exchange(server, nullptr)->stop();
+  for (const auto& server : std::exchange(servers, {})) server->stop();
   core->connections->endAll();
 }
 

@@ -12,6 +12,8 @@
 
 #include <expected>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "control/UnixSocketServer.h"
 #include "host/HostOptions.h"
@@ -29,18 +31,21 @@ class ReferenceHost {
   ReferenceHost(const ReferenceHost&) = delete;
   ReferenceHost& operator=(const ReferenceHost&) = delete;
 
-  // Hangs up on every client, waits for what is being answered, and removes the socket's file. Any
-  // number of times.
+  // Listens at one more place, under the same rules, until stop(). On failure all goes on as it was.
+  [[nodiscard]] std::expected<void, HostStartError> listenAlso(const std::string& path);
+
+  // Hangs up on every client, waits for what is being answered, and removes the sockets' files.
+  // Any number of times.
   void stop();
 
  private:
   struct Core;  // shared with the connections' threads
 
-  ReferenceHost(std::shared_ptr<Core> core, std::shared_ptr<UnixSocketServer> server);
+  explicit ReferenceHost(std::shared_ptr<Core> core);
   static void serve(const std::shared_ptr<Core>& core, int connectedFD);
 
   std::shared_ptr<Core> core;
-  std::shared_ptr<UnixSocketServer> server;  // null once stopped
+  std::vector<std::shared_ptr<UnixSocketServer>> servers;  // none once stopped
 };
 
 }  // namespace tarnel

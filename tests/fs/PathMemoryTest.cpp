@@ -5,15 +5,10 @@
 #include <vector>
 
 #include "fs/FabricItemTable.h"
+#include "support/Sanitized.h"
 
 namespace tarnel {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool measurable = false;
-#else
-constexpr bool measurable = true;
-#endif
 
 std::size_t allocatedBytes() {
   const auto info = ::mallinfo2();
@@ -30,7 +25,8 @@ std::string path(std::size_t i) {
 constexpr std::size_t paths = 100'000;
 
 TEST(PathMemory, aPathThatWasSeenCostsAtMostAHundredBytes) {
-  if (!measurable) GTEST_SKIP() << "SKIPPED: a sanitizer's allocator is measured, not ours";
+  if (test::builtWithSanitizer)
+    GTEST_SKIP() << "SKIPPED: a sanitizer's allocator is measured, not ours";
   FabricItemTable table;
   const std::size_t before = allocatedBytes();
   for (std::size_t i = 0; i < paths; ++i) (void)table.id(path(i));
@@ -38,7 +34,8 @@ TEST(PathMemory, aPathThatWasSeenCostsAtMostAHundredBytes) {
 }
 
 TEST(PathMemory, aLiveItemCostsAtMostTwoHundredAndThirtyBytesWithItsPath) {
-  if (!measurable) GTEST_SKIP() << "SKIPPED: a sanitizer's allocator is measured, not ours";
+  if (test::builtWithSanitizer)
+    GTEST_SKIP() << "SKIPPED: a sanitizer's allocator is measured, not ours";
   FabricItemTable table;
   const FileStat stat{.name = "IMG", .size = 1, .mtimeMs = 2};
   const std::size_t before = allocatedBytes();

@@ -8,6 +8,7 @@
 
 #include "ScriptedMountFixture.h"
 #include "support/Eventually.h"
+#include "support/Sanitized.h"
 
 namespace tarnel::test {
 namespace {
@@ -16,11 +17,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 // "within a second", and what a busy machine adds; a program under a sanitizer is slow to start.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr milliseconds aSecond{4000};
-#else
-constexpr milliseconds aSecond{1500};
-#endif
+constexpr milliseconds aSecond{builtWithSanitizer ? 5000 : 2500};
 
 class UnmountTest : public ScriptedMountFixture {
  protected:

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <exception>
 
 #include "Console.h"
 #include "control/ErrnoName.h"
@@ -57,7 +58,11 @@ int runAsDaemon(const std::function<int(Daemon&)>& body, const std::function<int
     readEnd.reset();
     ::setsid();
     Daemon daemon(std::move(writeEnd));
-    return body(daemon);
+    try {
+      return body(daemon);
+    } catch (const std::exception& error) {  // told once, by the process that the user started
+      return daemon.failed(std::string("cannot go on: ") + error.what());
+    }
   }
   writeEnd.reset();
   const std::string said = readAll(readEnd.get());

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include "Commands.h"
@@ -183,7 +184,12 @@ void openStandardStreams() {
 int main(int argc, char** argv) {
   openStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);
-  const int status = tarnel::CommandLine().run(argc, argv);
+  int status = tarnel::failed;
+  try {
+    status = tarnel::CommandLine().run(argc, argv);
+  } catch (const std::exception& error) {  // no more memory, no more threads
+    tarnel::fail(std::string("cannot go on: ") + error.what());
+  }
   std::fflush(nullptr);
   // A thread may be blocked in a socket call of a host that never answers: nothing waits for it,
   // and nothing that it uses is taken away.

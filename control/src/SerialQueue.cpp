@@ -1,6 +1,5 @@
 #include "control/SerialQueue.h"
 
-#include <mutex>
 #include <utility>
 
 #include "WorkQueue.h"
@@ -11,18 +10,16 @@ namespace tarnel {
 struct SerialQueue::State {
   explicit State(std::string text) : label(std::move(text)) {}
   const std::string label;
-  std::once_flag started;
   WorkQueue work;
 };
 
-SerialQueue::SerialQueue(std::string label) : state(std::make_shared<State>(std::move(label))) {}
+SerialQueue::SerialQueue(std::string label) : state(std::make_shared<State>(std::move(label))) {
+  startThread(state->label, [shared = state] { shared->work.run(); }).detach();
+}
 
 SerialQueue::~SerialQueue() { state->work.close(); }
 
 void SerialQueue::post(std::function<void()> item) {
-  std::call_once(state->started, [this] {
-    startThread(state->label, [shared = state] { shared->work.run(); }).detach();
-  });
   state->work.post(std::move(item));
 }
 

@@ -6,6 +6,7 @@
 
 #include "CommandFixture.h"
 #include "support/MountFolder.h"
+#include "support/Sanitized.h"
 #include "support/TestMount.h"
 
 namespace tarnel::test {
@@ -119,6 +120,12 @@ TEST_F(OrdinaryUserTest, isToldInOneLineThatAFolderIsAnothers) {
       inNamespace(everybodysFuse + ("chmod 755 \"$M\"; " + nobody("\"$D/t\" mount \"$M\"")));
   expectFailure(outcome, 1, folder.path());
   EXPECT_THAT(outcome.err, HasSubstr("no write access"));
+}
+
+TEST_F(OrdinaryUserTest, isToldInOneLineThatNoThreadCanBeHad) {
+  if (builtWithSanitizer) GTEST_SKIP() << "SKIPPED: a sanitizer may want a thread of its own";
+  const ProgramOutcome outcome = inNamespace(nobody("prlimit --nproc=1 \"$D/t\" ls"));
+  expectFailure(outcome, 1, "cannot go on");
 }
 
 }  // namespace

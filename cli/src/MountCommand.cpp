@@ -21,6 +21,7 @@
 #include "Console.h"
 #include "Daemon.h"
 #include "EndSignals.h"
+#include "HostAbsence.h"
 #include "control/ErrnoName.h"
 #include "control/UniqueFd.h"
 #include "control/UnixSocket.h"
@@ -92,12 +93,7 @@ std::expected<void, std::string> checkFuse() {
 }
 
 void warnWithoutHost(const std::string& socket) {
-  if (const auto fd = connectUnixSocket(socket)) {
-    ::close(*fd);
-  } else {
-    fail("no host answers on " + socket + " yet (" + description(fd.error()) +
-         "); the volume fills when one does");
-  }
+  if (const auto why = whyNoHost(socket)) fail(*why + "; the volume fills when one answers");
 }
 
 // Takes this mount away, and no other that came to stand on the same folder.
@@ -210,10 +206,7 @@ int runMount(const MountArguments& arguments) {
   // The daemon's folder changes, so the socket's path must not depend on it.
   MountArguments used = arguments;
   if (!used.foreground) used.socket = std::filesystem::absolute(used.socket).string();
-  if (used.socket.size() > maxSocketPathBytes) {
-    return fail(description(
-        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = used.socket}));
-  }
+  if (used.socket.size() > maxSocketPathBytes) return fail(*whyNoHost(used.socket));
   if (const auto fuse = checkFuse(); !fuse) return fail(fuse.error());
   const Checked path = checkMountpoint(arguments.mountpoint);
   if (!path) return fail(path.error());

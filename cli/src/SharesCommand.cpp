@@ -3,8 +3,8 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "HostAbsence.h"
 #include "control/JsonWriter.h"
-#include "control/UnixSocket.h"
 #include "fs/ControlFabricSource.h"
 #include "fs/TarnelFileSystem.h"
 
@@ -40,15 +40,8 @@ std::string line(const FabricShare& share, bool json) {
 }  // namespace
 
 int runShares(const VolumeArguments& arguments) {
-  if (arguments.socket.size() > maxSocketPathBytes) {
-    return fail(description(
-        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = arguments.socket}));
-  }
   const Listing listing = askForShares(arguments.socket);
-  if (!listing) {
-    return fail("no host answers on " + arguments.socket + " (" + description(listing.error()) +
-                "): start one with `tarnel host DIR`");
-  }
+  if (!listing) return fail(hostFailure(arguments.socket, description(listing.error())));
   for (const FabricShare& share : *listing) {
     if (!print(line(share, arguments.json))) break;
   }

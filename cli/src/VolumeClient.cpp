@@ -4,8 +4,8 @@
 #include <future>
 #include <utility>
 
+#include "HostAbsence.h"
 #include "control/Text.h"
-#include "control/UnixSocket.h"
 #include "seam/Resource.h"
 
 namespace tarnel {
@@ -70,14 +70,9 @@ VolumeClient::~VolumeClient() {
 
 std::expected<std::unique_ptr<VolumeClient>, std::string> VolumeClient::open(
     const std::string& socketPath) {
-  if (socketPath.size() > maxSocketPathBytes) {
-    return std::unexpected(description(
-        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = socketPath}));
-  }
   std::unique_ptr<VolumeClient> client(new VolumeClient(socketPath));
   if (const auto peers = client->list(client->root); !peers) {
-    return std::unexpected("no host answers on " + socketPath + " (" + errorName(peers.error()) +
-                           "): start one with `tarnel host DIR`");
+    return std::unexpected(hostFailure(socketPath, errorName(peers.error())));
   }
   return client;
 }

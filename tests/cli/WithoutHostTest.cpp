@@ -1,8 +1,12 @@
 // What a user is told where no host answers.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <string_view>
 
 #include "CommandFixture.h"
+#include "control/ListeningSocket.h"
 #include "support/TreeHost.h"
 
 namespace tarnel::test {
@@ -53,6 +57,21 @@ TEST_F(WithoutHostTest, aSocketPathOf104BytesIsTooLong) {
     const ProgramOutcome outcome = tarnel(arguments);
     expectFailure(outcome, 1, tooLong);
     EXPECT_THAT(outcome.err, HasSubstr("too long"));
+  }
+}
+
+TEST_F(WithoutHostTest, theHostOfAnotherUserIsCalledThat) {
+  if (::getuid() != 0) GTEST_SKIP() << "SKIPPED: needs root, to listen as another user";
+  ASSERT_EQ(::chmod(sockets.path().c_str(), 0777), 0);
+  constexpr uid_t nobody = 65'534;
+  ASSERT_EQ(::seteuid(nobody), 0);
+  const UniqueFd listening = listeningSocket(socket(), 64);
+  ASSERT_EQ(::seteuid(0), 0);
+  for (const auto& arguments : readers()) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProgramOutcome outcome = tarnel(arguments);
+    expectFailure(outcome, 1, socket());
+    EXPECT_THAT(outcome.err, HasSubstr("another user's"));
   }
 }
 

@@ -10,7 +10,9 @@ set(checked -std=gnu17 -fobjc-arc -fblocks -fexceptions -fsyntax-only -Wall -Wex
     -I${declarations}/foundation -I${declarations}/fskit -I${TARNEL_ADAPTER}/objc)
 set(TARNEL_ARC_HERE -fobjc-runtime=macosx-26.0 ${checked})
 set(TARNEL_ARC_ARM64 -target arm64-apple-macosx26.0 -ffreestanding ${checked} -I${declarations}/darwin)
-set(TARNEL_ARC_X86_64 -target x86_64-apple-macosx26.0 -ffreestanding ${checked} -I${declarations}/darwin)
+# BOOL is a signed char there: a masked number that is stored in one can lose its bit.
+set(TARNEL_ARC_X86_64 -target x86_64-apple-macosx26.0 -Wobjc-signed-char-bool -ffreestanding ${checked}
+    -I${declarations}/darwin)
 
 foreach(target HERE ARM64 X86_64)
   string(TOLOWER ${target} name)

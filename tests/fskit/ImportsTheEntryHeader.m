@@ -1,5 +1,7 @@
 // What the extension's entry does with the class, with nothing else in sight.
 #import "TarnelFileSystem.h"
 
-TarnelFileSystem* entryFileSystem(void);
-TarnelFileSystem* entryFileSystem(void) { return [[TarnelFileSystem alloc] init]; }
+FSUnaryFileSystem<FSUnaryFileSystemOperations>* entryFileSystem(void);
+FSUnaryFileSystem<FSUnaryFileSystemOperations>* entryFileSystem(void) {
+  return [[TarnelFileSystem alloc] init];
+}

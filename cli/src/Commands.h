@@ -17,6 +17,7 @@ int runHost(const HostArguments& arguments);
 
 struct MountArguments {
   std::string socket;
+  bool socketIsGiven = false;  // by an option
   std::string mountpoint = {};
   std::vector<std::string> options = {};  // as -o gives them
   bool foreground = false;

@@ -7,12 +7,14 @@
 
 #if defined(__linux__)
 #include "fusefs/MountTable.h"
+#elif defined(__APPLE__)
+#include "DarwinMounts.h"
 #endif
 
 namespace tarnel {
 
 [[nodiscard]] inline std::function<bool(dev_t)> ownMountTest() {
-#if defined(__linux__)
+#if defined(__linux__) || defined(__APPLE__)
   return isOwnMount;
 #else
   return nullptr;

@@ -115,7 +115,10 @@ class CommandLine {
         ->allow_extra_args(false)
         ->take_all();
     command->add_option("MOUNTPOINT", mount.mountpoint, "An empty folder")->required();
-    command->callback([this] { action = [this] { return runMount(mount); }; });
+    command->callback([this, command] {
+      mount.socketIsGiven = command->count("--socket") > 0;
+      action = [this] { return runMount(mount); };
+    });
   }
 
   void defineUnmount() {

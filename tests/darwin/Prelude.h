@@ -14,6 +14,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/param.h>
 #include <sys/socket.h>
 #include <sys/stat.h>

@@ -64,4 +64,13 @@ struct CheckArguments {
 };
 int runCheckHost(const CheckArguments& arguments);
 
+struct GetArguments {
+  std::string socket;
+  std::vector<std::string> paths = {};  // of the volume, the destination last
+  bool json = false;
+  bool force = false;
+  bool resume = false;
+};
+int runGet(const GetArguments& arguments);
+
 }  // namespace tarnel

@@ -51,6 +51,7 @@ class CommandLine {
     defineUnmount();
     defineReaders();
     defineCheck();
+    defineGet();
     try {
       app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -158,6 +159,23 @@ class CommandLine {
     command->callback([this] { action = [this] { return runCheckHost(check); }; });
   }
 
+  void defineGet() {
+    CLI::App* const command = app.add_subcommand("get", "Copy files and folders");
+    addSocket(*command, get.socket);
+    command->add_flag("--json", get.json, "Failures and a summary, one JSON object a line");
+    command->add_flag("--force", get.force, "Replace files that are in the way");
+    command->add_flag("--resume", get.resume,
+                      "Skip files that are whole: of the host's size and modification time");
+    command->add_option("PATH", get.paths, "Paths of the volume, then DEST: where to")
+        ->required()
+        ->expected(2, CLI::detail::expected_max_vector_size);
+    command->footer(
+        "DEST is a folder that exists, which takes each PATH under its last name, or the new name\n"
+        "of the one PATH. A file appears under its name only when it is whole. What failed is\n"
+        "listed at the end; the rest is there. On a terminal a line tells how far the copy is.");
+    command->callback([this] { action = [this] { return runGet(get); }; });
+  }
+
   CLI::App app{"A folder that is fetched on demand from a host application, read-only.", "tarnel"};
   HostArguments host{.socket = defaultSocket()};
   ShareArguments share{.socket = defaultSocket()};
@@ -166,6 +184,7 @@ class CommandLine {
   UnmountArguments unmount;
   VolumeArguments volume{.socket = defaultSocket()};
   CheckArguments check{.socket = defaultSocket()};
+  GetArguments get{.socket = defaultSocket()};
   std::function<int()> action;
 };
 

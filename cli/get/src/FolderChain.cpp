@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "fs/FabricLocation.h"
-#include "get/PendingFile.h"
+#include "get/FileTime.h"
 
 namespace tarnel {
 namespace {
@@ -19,10 +19,6 @@ UniqueFd openIn(int folder, const std::string& name) {
   UniqueFd fd(::openat(folder, name.c_str(), openFolder));
   if (!fd.valid() && errno == ELOOP) errno = ENOTDIR;  // a link: the same on every system
   return fd;
-}
-
-std::int64_t millisecondsOf(const struct stat& status) {
-  return std::int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
 }
 
 }  // namespace
@@ -64,6 +60,13 @@ bool FolderChain::take(std::string_view name) {
   return taken.size() < maxRemembered ? taken.insert(hash).second : !taken.contains(hash);
 }
 
+void FolderChain::spoil() { levels.back().mtimeMs.reset(); }
+
+void FolderChain::abandon() {
+  for (Level& level : levels) level.mtimeMs.reset();
+  leaveAll();
+}
+
 bool FolderChain::makeWritable() {
   Level& level = levels.back();
   struct stat status{};
@@ -96,7 +99,7 @@ CopyResult<void> FolderChain::step(std::string_view name, std::optional<mode_t> 
   if (!level.made && !hostMode) {
     // Nobody has said how this folder is to look: as it does now, whatever is written in it.
     struct stat status{};
-    if (::fstat(level.fd.get(), &status) == 0) level.mtimeMs = millisecondsOf(status);
+    if (::fstat(level.fd.get(), &status) == 0) level.mtimeMs = modificationTimeMs(status);
   }
   levels.push_back(std::move(level));
   if (levels.size() > maxOpen + 1) levels[levels.size() - 1 - maxOpen].fd.reset();
@@ -123,7 +126,7 @@ CopyResult<void> FolderChain::finish(const Level& level) const {
     const mode_t kept = status.st_mode & 07777 & ~permissions;
     if (::fchmod(level.fd.get(), kept | *level.finalMode) != 0) return callFailure();
   }
-  if (level.mtimeMs && millisecondsOf(status) != *level.mtimeMs) {
+  if (level.mtimeMs && modificationTimeMs(status) != *level.mtimeMs) {
     return setModificationTime(level.fd.get(), *level.mtimeMs);
   }
   return {};

@@ -125,7 +125,7 @@ CopyResult<bool> HostStream::answersInFrames() {
   return !beginsJson(buffer[begin]);
 }
 
-CopyResult<Bytes> HostStream::readLine() {
+CopyResult<Bytes> HostStream::readLine(std::size_t limit) {
   Bytes line;
   while (true) {
     if (auto more = need(1); !more) return std::unexpected(more.error());
@@ -133,7 +133,7 @@ CopyResult<Bytes> HostStream::readLine() {
     const std::size_t feed = piece.find('\n');
     line.append(piece.substr(0, feed));
     begin += std::min(feed, piece.size());
-    if (line.size() >= ControlWire::maxFrameBytes) {
+    if (line.size() >= limit) {
       return lost(connectionError(Kind::oversizedResponse, EIO));
     }
     if (feed == BytesView::npos) continue;

@@ -5,9 +5,10 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <ctime>
 #include <random>
 #include <utility>
+
+#include "get/FileTime.h"
 
 namespace tarnel {
 namespace {
@@ -99,19 +100,6 @@ CopyResult<void> PendingFile::publish(const std::string& name, std::optional<std
   if (error != 0) return copyFailure(error);
   interruption->clearPendingFile();
   temporaryName.clear();
-  return {};
-}
-
-CopyResult<void> setModificationTime(int fd, std::int64_t mtimeMs) {
-  std::int64_t seconds = mtimeMs / 1000;
-  std::int64_t rest = mtimeMs % 1000;
-  if (rest < 0) {
-    rest += 1000;
-    --seconds;
-  }
-  const timespec time{.tv_sec = seconds, .tv_nsec = rest * 1'000'000};
-  const timespec times[2] = {time, time};
-  if (::futimens(fd, times) != 0) return callFailure();
   return {};
 }
 

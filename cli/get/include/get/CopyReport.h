@@ -26,6 +26,7 @@ class CopyReport {
   std::int64_t skipped = 0;
   std::int64_t folders = 0;
   std::int64_t bytes = 0;
+  std::int64_t skippedBytes = 0;  // of the files that already were whole
 
   void fail(std::string_view path, const CopyError& error);
 

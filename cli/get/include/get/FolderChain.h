@@ -52,6 +52,9 @@ class FolderChain {
   // Goes to the folder of the whole path and says what it is to look like when it is left.
   [[nodiscard]] CopyResult<void> enterAnnounced(const EntryPath& path, const FolderLook& look);
   void leaveAll();
+  // Leaves every folder as one that did not become whole: without the host's time, by which a later
+  // copy would know it.
+  void abandon();
 
   // Of the folder that was entered last. The descriptor is valid until the next call.
   [[nodiscard]] int folder() const { return levels.back().fd.get(); }
@@ -60,6 +63,8 @@ class FolderChain {
   // False when this name was already taken here by this copy. Remembers at most maxRemembered
   // names of one folder.
   [[nodiscard]] bool take(std::string_view name);
+  // Something in it could not be copied: it does not get the host's time.
+  void spoil();
   // Lets its owner write in the folder; its own permissions come back when it is left.
   [[nodiscard]] bool makeWritable();
 

@@ -42,8 +42,8 @@ class HostStream {
 
   // After `ask`: the answer begins with a frame, not with a line of JSON.
   [[nodiscard]] CopyResult<bool> answersInFrames();
-  // The answer's line, without its line feed; at most ControlWire::maxFrameBytes.
-  [[nodiscard]] CopyResult<Bytes> readLine();
+  // The answer's line, without its line feed, of less than `limit` bytes.
+  [[nodiscard]] CopyResult<Bytes> readLine(std::size_t limit);
 
   // The next frame's head. What is left of the payload before is skipped.
   [[nodiscard]] CopyResult<Head> readHead();

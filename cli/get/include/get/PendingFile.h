@@ -44,7 +44,4 @@ class PendingFile {
   Interruption* interruption;
 };
 
-// Sets the modification time of an open file or folder, and the access time with it.
-[[nodiscard]] CopyResult<void> setModificationTime(int fd, std::int64_t mtimeMs);
-
 }  // namespace tarnel

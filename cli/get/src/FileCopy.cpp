@@ -1,0 +1,99 @@
+#include "get/FileCopy.h"
+
+#include <utility>
+
+#include "control/ControlStreamFrame.h"
+#include "control/Text.h"
+#include "get/IncomingFile.h"
+
+namespace tarnel {
+namespace {
+
+constexpr std::size_t maxMessageBytes = 1'000;
+constexpr int maxEmptyFrames = 1'000;
+
+CopyResult<void> append(CopyContext& context, IncomingFile& file, BytesView bytes) {
+  if (!file.takes(bytes.size())) return copyFailure(EIO, "more bytes than announced");
+  context.report.bytes += static_cast<std::int64_t>(bytes.size());
+  context.onProgress();
+  return file.write(bytes);
+}
+
+CopyResult<void> receiveStream(CopyContext& context, IncomingFile& file) {
+  HostStream& stream = context.source.stream();
+  int emptyFrames = 0;
+  while (!context.isOver()) {
+    const auto head = stream.readHead();
+    if (!head) return std::unexpected(head.error());
+    if (head->tag == ControlStreamFrame::eof) return {};
+    if (head->tag == ControlStreamFrame::error || head->tag == ControlStreamFrame::fileError) {
+      const auto message = stream.readText(maxMessageBytes);
+      return std::unexpected(message ? refusalError(repairedUtf8(*message)) : message.error());
+    }
+    if (head->tag != ControlStreamFrame::data) return copyFailure(EIO, "an unknown frame");
+    if (head->length == 0 && ++emptyFrames > maxEmptyFrames)
+      return copyFailure(EIO, "empty frames");
+    if (!file.takes(head->length)) return copyFailure(EIO, "more bytes than announced");
+    while (stream.remaining() > 0) {
+      const auto piece = stream.readPiece();
+      if (!piece) return std::unexpected(piece.error());
+      if (auto written = append(context, file, *piece); !written) return written;
+    }
+  }
+  return copyFailure(EINTR);
+}
+
+CopyResult<void> receiveChunks(CopyContext& context, IncomingFile& file,
+                               const std::string& remote) {
+  for (std::int64_t offset = 0; !context.isOver();) {
+    const auto chunk = context.source.read(remote, offset);
+    if (!chunk) return std::unexpected(chunk.error());
+    if (chunk->empty()) return {};
+    if (auto written = append(context, file, *chunk); !written) return written;
+    offset += static_cast<std::int64_t>(chunk->size());
+  }
+  return copyFailure(EINTR);
+}
+
+// An empty file needs no bytes, but the host has the last word on whether it can be read.
+CopyResult<void> receive(CopyContext& context, IncomingFile& file, const std::string& remote) {
+  const auto opened = context.source.openFile(remote);
+  if (!opened) return std::unexpected(opened.error());
+  if (!*opened) return receiveChunks(context, file, remote);
+  auto received = receiveStream(context, file);
+  // A stream that was not read to its end leaves bytes behind that no later request asked for.
+  if (!received) context.source.stream().drop();
+  return received;
+}
+
+CopyResult<void> copy(CopyContext& context, FolderChain& chain, const std::string& remote,
+                      const std::string& name, const HostEntry& status) {
+  const auto admission = admitFile(chain, name, status, context.rules);
+  if (!admission) return std::unexpected(admission.error());
+  if (admission->isWhole) {
+    ++context.report.skipped;
+    context.report.skippedBytes += status.size;
+    context.onProgress();
+    return {};
+  }
+  auto file = IncomingFile::create(chain, name, status, admission->over, context.interruption);
+  if (!file) return std::unexpected(file.error());
+  if (auto received = receive(context, *file, remote); !received) return received;
+  if (auto published = file->publish(status.mtimeMs); !published) return published;
+  ++context.report.files;
+  context.onProgress();
+  return {};
+}
+
+}  // namespace
+
+bool copyFile(CopyContext& context, FolderChain& chain, const std::string& remote,
+              const std::string& name, const HostEntry& status) {
+  const auto copied = copy(context, chain, remote, name, status);
+  if (copied) return true;
+  chain.spoil();
+  context.fail(remote, copied.error());
+  return false;
+}
+
+}  // namespace tarnel

@@ -9,8 +9,13 @@ measurement checks what it was given: a wrong count, name, size or byte ends the
 The floor is nullfs, a FUSE server that answers from memory. Then one mount of tarnel runs all four
 in a row, and its resident memory is compared with its bound.
 
-Exit status: 0 when tarnel is ahead of sshfs on all four and within its memory; 1 when not, or when
-something could not be measured; 2 for wrong use.
+The part "copies" needs no FUSE but for one of its peers: `tarnel get` of the large file and of the small files
+beside `cp -r` from the mount, `rsync -a` and `tar` into `tar` of the folder, and for the large file a floor, the
+same bytes from memory over the same kind of socket.
+
+Exit status: 0 when tarnel is ahead of sshfs on all four and within its memory, and its copies are
+ahead of rsync, at 0.8 of the floor's rate and within their memory; 1 when not, or when something could not
+be measured; 2 for wrong use.
 """
 
 import argparse
@@ -24,7 +29,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # no caches beside the sources
 
-from driver import caches, contenders, measurements, memory, mounts, report, tree  # noqa: E402
+from driver import caches, contenders, copies, measurements, memory, mounts, report, tree  # noqa: E402
 from driver.process import Failure  # noqa: E402
 
 DEFAULT_BINARIES = Path(__file__).resolve().parent.parent / "build" / "release" / "bin"
@@ -38,6 +43,7 @@ def parse(argv):
     names = ",".join(kind.name for kind in contenders.ALL)
     parser.add_argument("--rounds", type=int, default=3, help="of every measurement (default 3)")
     parser.add_argument("--only", metavar="NAME,...", default=names, help=f"of {names}")
+    parser.add_argument("--part", metavar="NAME,...", default="mount,copies", help="of mount,copies")
     parser.add_argument("--quick", action="store_true", help="a small tree: to try, not to quote")
     parser.add_argument("--work", type=Path, metavar="DIR", help="keep the tree in DIR, reuse it")
     parser.add_argument("--bin", type=Path, default=DEFAULT_BINARIES, help="where the binaries are")
@@ -46,6 +52,9 @@ def parse(argv):
     options.only = options.only.split(",")
     if unknown := set(options.only) - set(names.split(",")):
         parser.error(f"unknown contender: {', '.join(sorted(unknown))}")
+    options.part = options.part.split(",")
+    if unknown := set(options.part) - {"mount", "copies"}:
+        parser.error(f"unknown part: {', '.join(sorted(unknown))}")
     if options.rounds < 1:
         parser.error("--rounds must be at least 1")
     return options
@@ -118,10 +127,29 @@ def compare(options, state):
     folder = state
     if options.work:  # a name of our own below it: an unfinished tree is removed
         folder = options.work.resolve() / f"tarnel-bench-{'quick' if options.quick else 'full'}"
-    fields = chosen(options, folder / "tree", state)
+    fields = chosen(options, folder / "tree", state) if "mount" in options.part else []
     say(f"making the tree in {folder}")
     root = tree.make(folder, scale)
     expected = tree.Expected(root, scale)
+    passed = True
+    if "copies" in options.part:
+        passed = compare_copies(options, state, folder, expected)
+    if "mount" in options.part:
+        passed = compare_mounts(options, fields, expected) and passed
+    return 0 if passed or options.report_only else 1
+
+
+def compare_copies(options, state, folder, expected):
+    run_state = copies.RunState(expected.root, state, options.bin.resolve(), folder / "copied")
+    shutil.rmtree(run_state.target, ignore_errors=True)  # of a run that was killed
+    fields, results = copies.measure(options, run_state, expected, say)
+    print(f"Machine: {report.machine()}. Medians of {options.rounds} rounds of copies.\n")
+    passed = copies.show(fields, results, run_state, expected)
+    print()
+    return passed
+
+
+def compare_mounts(options, fields, expected):
     four, grown = measurements.the_four(expected), measurements.growth(expected)
     results = measure_rounds(options, plan(four, grown, fields), expected)
     ours = next((contender for contender in fields if contender.name == report.OURS), None)
@@ -143,8 +171,7 @@ def show(options, fields, four, grown, results, used):
         print(f"{report.memory(used)}\n")
     ahead, text = report.verdict(results, four)
     print(text)
-    passed = ahead and used is not None and used.within
-    return 0 if passed or options.report_only else 1
+    return ahead and used is not None and used.within
 
 
 def main(argv):

@@ -1,8 +1,7 @@
 // A complete host in one file: shares one folder, read-only, until INT or TERM.
 //   minimal-host SOCKET DIR
-// It serves shares, stat, list and read, which is all that the volume asks for. Symbolic links,
-// devices and names that are not UTF-8 are left out. A path is looked at before it is opened: who may
-// change the folder is trusted not to put a link there in between.
+// It serves what the volume asks for. Links, devices and names that are not UTF-8 are left out; who
+// may change the folder is trusted not to exchange what was just looked at.
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
@@ -33,6 +32,7 @@ ControlResponse refusal(int error) {
   return ControlResponse::error(error == EISDIR    ? "is a directory"
                                 : error == ENOTDIR ? "not a directory"
                                 : error == EACCES  ? "permission denied"
+                                : error == ENOSYS  ? "operation not served"
                                                    : "no such file");
 }
 
@@ -52,15 +52,20 @@ std::expected<ControlStat, int> statOf(const fs::path& path) {
   return stat;
 }
 
-ControlResponse list(const fs::path& path) {
-  ControlResponse response;
-  auto& entries = response.entries.emplace();
+ControlResponse list(const fs::path& path, const ControlRequest& request) {
+  const auto limit = static_cast<std::uint64_t>(request.limit.value_or(INT64_MAX));
+  std::vector<ControlStat> entries;
+  std::vector<ControlName> names;
   std::error_code error;
   for (fs::directory_iterator at(path, error), end; !error && at != end; at.increment(error)) {
     auto stat = statOf(at->path());
-    if (stat && isValidUtf8(stat->name)) entries.push_back(std::move(*stat));
+    if (!stat || !isValidUtf8(stat->name) || entries.size() == limit) continue;
+    names.emplace_back(stat->name, stat->isDirectory);
+    entries.push_back(std::move(*stat));
   }
-  return error ? refusal(error.value()) : response;
+  if (error) return refusal(error.value());
+  if (request.namesOnly.value_or(false)) return {.names = std::move(names)};
+  return {.entries = std::move(entries)};
 }
 
 // An answer may hold fewer bytes than were asked for; only an empty one is the end of the file.
@@ -74,18 +79,14 @@ ControlResponse read(const fs::path& path, std::int64_t fileSize, const ControlR
   const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   const ssize_t count = ::pread(file.get(), bytes.data(), bytes.size(), offset);
   if (count < 0) return refusal(errno);
-  bytes.resize(static_cast<std::size_t>(count));
-  return {.dataBase64 = base64::encode(bytes)};
+  return {.dataBase64 = base64::encode({bytes.data(), static_cast<std::size_t>(count)})};
 }
 
 ControlResponse answer(const std::string& folder, const ControlRequest& request) {
   const std::string share = fs::path(folder).filename();
   if (request.op == ControlOp::shares) return {.shares = {{{.name = share, .isRemote = false}}}};
-  if (request.op < ControlOp::stat || request.op > ControlOp::read) {
-    return ControlResponse::error("operation not served");
-  }
-  // "me/Docs/a/b" is a/b in the folder. Only a path without "..", "//" and links is the canonical
-  // one: nothing outside the folder is reached.
+  if (request.op < ControlOp::stat || request.op > ControlOp::read) return refusal(ENOSYS);
+  // Only a path without "..", "//" and links is the canonical one: nothing outside is reached.
   const std::string location = request.name.value_or("");
   const std::string top = "me/" + share;
   if (location != top && !location.starts_with(top + "/")) return refusal(ENOENT);
@@ -94,7 +95,7 @@ ControlResponse answer(const std::string& folder, const ControlRequest& request)
   if (fs::canonical(path, error).native() != path) return refusal(error.value());
   const auto stat = statOf(path);
   if (!stat) return refusal(stat.error());
-  if (request.op == ControlOp::list) return list(path);
+  if (request.op == ControlOp::list) return list(path, request);
   if (request.op == ControlOp::stat) return {.stat = *stat};
   return stat->isDirectory ? refusal(EISDIR) : read(path, stat->size, request);
 }
@@ -104,10 +105,9 @@ void serve(const std::string& folder, const UniqueFd& client) {
   ReceiveBuffer received;
   while (peerIsTrusted(client.get())) {
     const auto line = received.takeLine();
-    if (!line) {
-      if (received.size() > ControlWire::maxFrameBytes || received.fill(client.get()) <= 0) return;
-      continue;
-    }
+    const bool isTooLong = received.size() > ControlWire::maxFrameBytes;
+    if (!line && (isTooLong || received.fill(client.get()) <= 0)) return;
+    if (!line) continue;
     const auto request = ControlWire::decode<ControlRequest>(*line);
     auto frame = ControlWire::encode(request ? answer(folder, *request)
                                              : ControlResponse::error("malformed request"));

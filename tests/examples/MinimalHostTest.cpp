@@ -80,6 +80,22 @@ TEST_F(MinimalHostTest, statAndListAgree) {
   EXPECT_EQ(stat("me/Docs").stat.value_or(ControlStat()).name, "Docs");
 }
 
+TEST_F(MinimalHostTest, listsNamesAloneAndNoMoreThanTheLimit) {
+  const auto names = ask({.op = ControlOp::list, .name = "me/Docs", .namesOnly = true});
+  EXPECT_FALSE(names.entries.has_value());
+  EXPECT_THAT(names.names.value(),
+              testing::UnorderedElementsAre(ControlName("a.txt", false), ControlName("sub", true)));
+  EXPECT_EQ(ask({.op = ControlOp::list, .name = "me/Docs", .limit = 1}).entries.value().size(), 1U);
+  EXPECT_EQ(ask({.op = ControlOp::list, .name = "me/Docs", .limit = 0}).entries.value().size(), 0U);
+}
+
+TEST_F(MinimalHostTest, isFoundWithoutFaultByTheCommandThatChecksHosts) {
+  const ProgramOutcome checked = tarnel({"check-host"});
+  EXPECT_THAT(checked.out, HasSubstr("PASS 401"));
+  // 9xx are about speed, which is this machine's at the moment.
+  EXPECT_THAT(checked.out, testing::Not(testing::ContainsRegex("FAIL [1-8]")));
+}
+
 TEST_F(MinimalHostTest, readsAtAnyOffsetAndGivesNothingPastTheEnd) {
   EXPECT_EQ(read("me/Docs/a.txt", 0, 100), "hello\n");
   EXPECT_EQ(read("me/Docs/a.txt", 1, 3), "ell");

@@ -5,6 +5,7 @@
 #include <cerrno>
 
 #include "AnswerLine.h"
+#include "HostPlatform.h"
 #include "control/ControlWire.h"
 #include "control/PosixSocket.h"
 
@@ -38,6 +39,21 @@ bool HostConnection::send(BytesView bytes) {
     }
   }
   return true;
+}
+
+// The thread of a connection blocks every signal, as sendFileBytes wants it.
+std::size_t HostConnection::sendFile(int file, std::int64_t offset, std::size_t length) {
+  std::size_t sent = 0;
+  while (sent < length) {
+    const ssize_t count =
+        sendFileBytes(fd, file, offset + static_cast<std::int64_t>(sent), length - sent);
+    if (count > 0) {
+      sent += static_cast<std::size_t>(count);
+    } else if (count == 0 || errno != EINTR) {
+      break;
+    }
+  }
+  return sent;
 }
 
 bool HostConnection::isOver() const {

@@ -20,6 +20,7 @@ class HostConnection final : private AnswerSink {
  private:
   [[nodiscard]] bool answer(BytesView line);
   [[nodiscard]] bool send(BytesView bytes) override;
+  [[nodiscard]] std::size_t sendFile(int file, std::int64_t offset, std::size_t length) override;
   [[nodiscard]] bool isOver() const override;
 
   const int fd;

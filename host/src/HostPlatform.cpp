@@ -8,6 +8,7 @@
 
 #if defined(__linux__)
 #include <linux/openat2.h>
+#include <sys/sendfile.h>
 #include <sys/syscall.h>
 #endif
 
@@ -25,6 +26,11 @@ UniqueFd openBeneath(int root, const char* path, int flags) {
 int namingFlags() { return O_PATH | O_CLOEXEC; }
 int directoryNamingFlags() { return O_PATH | O_DIRECTORY | O_CLOEXEC; }
 
+ssize_t sendFileBytes(int socketFD, int fd, std::int64_t offset, std::size_t length) {
+  off_t from = offset;
+  return ::sendfile(socketFD, fd, &from, length);
+}
+
 timespec modificationTime(const struct stat& status) { return status.st_mtim; }
 
 #else
@@ -36,6 +42,11 @@ UniqueFd openBeneath(int, const char*, int) {
 
 int namingFlags() { return O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC; }
 int directoryNamingFlags() { return O_RDONLY | O_DIRECTORY | O_CLOEXEC; }
+
+ssize_t sendFileBytes(int, int, std::int64_t, std::size_t) {
+  errno = ENOSYS;
+  return -1;
+}
 
 timespec modificationTime(const struct stat& status) { return status.st_mtimespec; }
 

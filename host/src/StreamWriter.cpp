@@ -12,6 +12,8 @@ namespace {
 constexpr std::size_t headBytes = 5;
 constexpr auto window = static_cast<std::size_t>(ControlStreamFrame::window);
 constexpr std::size_t capacity = headBytes + window;
+// Below this a copy costs less than two more system calls.
+constexpr std::size_t largePiece = 64 * 1024;
 
 }  // namespace
 
@@ -36,24 +38,56 @@ void StreamWriter::error(Refusal refusal) {
 }
 
 StreamWriter::FileSent StreamWriter::file(int fd, std::int64_t offset, std::int64_t length) {
+  return inPieces(offset, length, [&](std::int64_t from, std::size_t count) {
+    return count < largePiece ? gather(fd, from, count) : handOver(fd, from, count);
+  });
+}
+
+StreamWriter::FileSent StreamWriter::toTheEnd(int fd, std::int64_t offset, std::int64_t most) {
+  return inPieces(offset, most,
+                  [&](std::int64_t from, std::size_t count) { return gather(fd, from, count); });
+}
+
+template <class SendPiece>
+StreamWriter::FileSent StreamWriter::inPieces(std::int64_t offset, std::int64_t length,
+                                              SendPiece sendPiece) {
   FileSent sent;
   while (sent.bytes < length && !gone) {
-    const auto wanted = static_cast<std::size_t>(
-        std::min<std::int64_t>(length - sent.bytes, ControlStreamFrame::window));
-    if (wanted + headBytes > capacity - used) flush();
-    const auto got =
-        readRange(fd, offset + sent.bytes, {sink.fileBytes.data() + used + headBytes, wanted});
-    if (!got) {
-      sent.failure = got.error();
-      break;
-    }
-    if (*got == 0) break;
-    writeHead(ControlStreamFrame::data, *got);
-    used += *got;
-    sent.bytes += static_cast<std::int64_t>(*got);
-    if (*got < wanted) break;
+    const auto wanted = std::min<std::int64_t>(length - sent.bytes, ControlStreamFrame::window);
+    const FileSent piece = sendPiece(offset + sent.bytes, static_cast<std::size_t>(wanted));
+    sent.bytes += piece.bytes;
+    sent.failure = piece.failure;
+    if (piece.bytes < wanted) break;
   }
   return sent;
+}
+
+StreamWriter::FileSent StreamWriter::gather(int fd, std::int64_t offset, std::size_t length) {
+  if (length + headBytes > capacity - used) flush();
+  const auto got = readRange(fd, offset, {sink.fileBytes.data() + used + headBytes, length});
+  if (!got) return {.failure = got.error()};
+  if (*got == 0) return {};
+  writeHead(ControlStreamFrame::data, *got);
+  used += *got;
+  return {.bytes = static_cast<std::int64_t>(*got)};
+}
+
+StreamWriter::FileSent StreamWriter::handOver(int fd, std::int64_t offset, std::size_t length) {
+  if (headBytes > capacity - used) flush();
+  writeHead(ControlStreamFrame::data, length);
+  flush();
+  if (gone) return {};
+  const std::size_t sent = sink.sendFile(fd, offset, length);
+  const std::size_t left = length - sent;
+  if (left == 0) return {.bytes = static_cast<std::int64_t>(length)};
+  char* const rest = sink.fileBytes.data();
+  const auto got = readRange(fd, offset + static_cast<std::int64_t>(sent), {rest, left});
+  const std::size_t found = got.value_or(0);
+  std::memset(rest + found, 0, left - found);
+  send(BytesView(rest, left));
+  FileSent piece{.bytes = static_cast<std::int64_t>(sent + found)};
+  if (!got) piece.failure = got.error();
+  return piece;
 }
 
 bool StreamWriter::finish() {

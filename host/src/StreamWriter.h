@@ -1,8 +1,11 @@
 // Writes the frames of a streamed answer through one buffer, which the connection keeps.
 //
 // Frames are gathered until they fill the buffer, so that many small files cost few system calls; a
-// file's bytes are read straight behind the head of their frame and are not copied again before the
-// socket takes them. Once the client has gone everything is dropped. Threads: one.
+// small file's bytes are read straight behind the head of their frame. The socket takes those of a
+// large one from the system's own memory, without any copy here. Such a frame's length is promised
+// before its bytes are there: should the file become shorter in that moment, zeros fill the frame,
+// and the caller, who is told how many bytes were the file's, says that the file failed.
+// Once the client has gone everything is dropped. Threads: one.
 #pragma once
 
 #include <cstddef>
@@ -27,14 +30,22 @@ class StreamWriter {
     std::optional<Refusal> failure = {};
   };
   // Data frames of at most ControlStreamFrame::window bytes with what the file holds from `offset`:
-  // `length` bytes, fewer when it ends or fails before, or when the client has gone.
+  // `length` bytes, fewer when it ends or fails before, or when the client has gone. Tells how many
+  // were the file's own.
   [[nodiscard]] FileSent file(int fd, std::int64_t offset, std::int64_t length);
+  // The same for a file of which nobody knows how long it is: no frame promises more than was read.
+  [[nodiscard]] FileSent toTheEnd(int fd, std::int64_t offset, std::int64_t most);
 
   // Sends what is left. False when the client has gone.
   [[nodiscard]] bool finish();
   [[nodiscard]] bool hasGone() const { return gone; }
 
  private:
+  template <class SendPiece>
+  [[nodiscard]] FileSent inPieces(std::int64_t offset, std::int64_t length, SendPiece sendPiece);
+  // One frame of `length` bytes.
+  [[nodiscard]] FileSent gather(int fd, std::int64_t offset, std::size_t length);
+  [[nodiscard]] FileSent handOver(int fd, std::int64_t offset, std::size_t length);
   void flush();
   void writeHead(std::uint8_t tag, std::size_t length);
   void send(BytesView bytes);

@@ -3,6 +3,7 @@
 #include <utility>
 #include <variant>
 
+#include "HostAbsence.h"
 #include "control/UnixSocket.h"
 
 namespace tarnel {
@@ -11,21 +12,14 @@ namespace {
 // A folder is looked through while we wait, for ten seconds at most.
 constexpr double patienceSeconds = 30;
 
-std::string noHost(const std::string& socket, const std::string& why) {
-  return "no host answers on " + socket + " (" + why + "): start one with `tarnel host DIR`";
-}
-
 }  // namespace
 
 std::expected<HostDialog, std::string> HostDialog::open(const std::string& socket) {
+  if (auto why = whyNoHost(socket)) return std::unexpected(std::move(*why));
   auto client = ControlClient::connect(socket);
-  if (client) {
-    client->setDeadline(patienceSeconds);
-    return HostDialog(std::move(*client), socket);
-  }
-  const UnixSocketError& error = client.error();
-  if (error.kind == UnixSocketError::Kind::pathTooLong) return std::unexpected(description(error));
-  return std::unexpected(noHost(socket, description(error)));
+  if (!client) return std::unexpected(hostFailure(socket, description(client.error())));
+  client->setDeadline(patienceSeconds);
+  return HostDialog(std::move(*client), socket);
 }
 
 HostDialog::~HostDialog() {
@@ -45,7 +39,7 @@ std::expected<ControlResponse, std::string> HostDialog::ask(const ControlRequest
   if (std::holds_alternative<EncodingError>(response.error())) {
     return std::unexpected("this cannot be asked for (" + why + ")");
   }
-  return std::unexpected(noHost(socket, why));
+  return std::unexpected(hostFailure(socket, why));
 }
 
 }  // namespace tarnel

@@ -36,12 +36,10 @@ std::expected<std::string, int> resolved(const std::string& given) {
 }  // namespace
 
 int runMount(const MountArguments& arguments) {
-  if (arguments.socketIsGiven) {
-    return refuse("--socket: the extension's socket cannot be chosen, it lies in its container");
-  }
-  if (arguments.foreground) return refuse("-f: the system serves the mount, not this program");
-  if (arguments.debug) return refuse("--debug: what the extension logs is in the system's log");
-  auto options = SystemMount::optionsOf(arguments.options);
+  auto options = SystemMount::optionsFor({.socket = arguments.socketIsGiven,
+                                          .foreground = arguments.foreground,
+                                          .debug = arguments.debug,
+                                          .options = arguments.options});
   if (!options) return refuse(options.error());
   const auto folder = resolved(arguments.mountpoint);
   if (!folder) {

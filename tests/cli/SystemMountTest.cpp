@@ -151,19 +151,28 @@ TEST_F(SystemMountTest, whatIsNoFolderIsRefusedBeforeMountIsRun) {
 }
 
 TEST_F(SystemMountTest, onlyOptionsThatCanWorkHereAreTaken) {
-  EXPECT_EQ(SystemMount::optionsOf({}), Lines{});
-  EXPECT_EQ(SystemMount::optionsOf({"ro,nobrowse", "ro"}), Lines{"nobrowse"});
+  EXPECT_EQ(SystemMount::optionsFor({}), Lines{});
+  EXPECT_EQ(SystemMount::optionsFor({.options = {"ro,nobrowse", "ro"}}), Lines{"nobrowse"});
   for (const char* option : {"attr_timeout=1", "entry_timeout=0", "ro,attr_timeout=2"}) {
-    const auto taken = SystemMount::optionsOf({option});
+    const auto taken = SystemMount::optionsFor({.options = {option}});
     ASSERT_FALSE(taken) << option;
     EXPECT_NE(taken.error().find("the system itself decides"), std::string::npos);
   }
   for (const char* option : {"rw", "allow_other", "default_permissions", "nobrowse=1"}) {
-    const auto taken = SystemMount::optionsOf({"ro", option});
+    const auto taken = SystemMount::optionsFor({.options = {"ro", option}});
     ASSERT_FALSE(taken) << option;
     EXPECT_EQ(taken.error(),
               std::string(option) + ": not an option here, where ro and nobrowse are");
   }
+}
+
+TEST_F(SystemMountTest, whatTheSystemDecidesCannotBeWishedFor) {
+  const auto reason = [](const SystemMount::Wishes& wishes) {
+    return SystemMount::optionsFor(wishes).error();
+  };
+  EXPECT_TRUE(reason({.socket = true}).starts_with("--socket: "));
+  EXPECT_TRUE(reason({.foreground = true}).starts_with("-f: "));
+  EXPECT_TRUE(reason({.debug = true}).starts_with("--debug: "));
 }
 
 TEST_F(SystemMountTest, aMountOfOursIsUnmountedAndNoOther) {

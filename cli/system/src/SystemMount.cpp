@@ -74,10 +74,19 @@ std::string whyNot(const std::string& option) {
 
 }  // namespace
 
-std::expected<std::vector<std::string>, std::string> optionsOf(
-    const std::vector<std::string>& given) {
+std::expected<std::vector<std::string>, std::string> optionsFor(const Wishes& wishes) {
+  if (wishes.socket) {
+    return std::unexpected(
+        "--socket: the extension's socket cannot be chosen, it lies in the extension's container");
+  }
+  if (wishes.foreground) {
+    return std::unexpected("-f: the system serves the mount, not this program");
+  }
+  if (wishes.debug) {
+    return std::unexpected("--debug: what the extension logs is in the system's log");
+  }
   std::vector<std::string> options;
-  for (const std::string& text : given) {
+  for (const std::string& text : wishes.options) {
     for (std::size_t from = 0; from <= text.size();) {
       const std::size_t comma = std::min(text.find(',', from), text.size());
       const std::string option = text.substr(from, comma - from);

@@ -30,14 +30,21 @@ inline constexpr std::string_view whereToEnable =
     "System Settings > General > Login Items & Extensions > Extensions > By Category >"
     " File System Extensions > Tarnel";
 
-// The options that the system's mount is to be given; `ro` needs none. Otherwise why one of them
-// cannot work here.
-[[nodiscard]] std::expected<std::vector<std::string>, std::string> optionsOf(
-    const std::vector<std::string>& given);
+// What the user asked for besides the folder.
+struct Wishes {
+  bool socket = false;                    // a socket of the user's choice
+  bool foreground = false;                // that this program serves the mount
+  bool debug = false;                     // that it logs what it serves
+  std::vector<std::string> options = {};  // each may hold several, between commas
+};
+
+// The options that the system's mount is to be given; `ro` needs none. Otherwise why one of the
+// wishes cannot come true here.
+[[nodiscard]] std::expected<std::vector<std::string>, std::string> optionsFor(const Wishes& wishes);
 
 struct Request {
   std::string folder;                     // absolute
-  std::vector<std::string> options = {};  // as optionsOf gives them
+  std::vector<std::string> options = {};  // as optionsFor gives them
   std::string program = "/sbin/mount";
   TypeOfMount typeOfMount = {};
   std::chrono::milliseconds patience{30'000};  // for the root's answer

@@ -54,7 +54,11 @@ HostResult<DirectoryNames> DirectoryNames::read(UniqueFd directory, std::size_t 
       break;
     }
     const std::string_view name = next->d_name;
-    if (isDotEntry(name) || !isValidUtf8(name) || !wanted(name)) continue;
+    if (isDotEntry(name) || !wanted(name)) continue;
+    if (!isValidUtf8(name)) {
+      ++names.notUtf8;
+      continue;
+    }
     const auto kind = kindOf(::dirfd(stream.get()), *next);
     if (!kind) continue;
     names.add(name, *kind);

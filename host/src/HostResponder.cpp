@@ -137,7 +137,10 @@ bool HostResponder::readStream(const ControlRequest& request, AnswerSink& sink) 
 bool HostResponder::readTreeStream(const ControlRequest& request, AnswerSink& sink) const {
   const auto located = locate(request);
   if (!located) return sendError(located.error(), sink);
-  return TreeStream(located->resolver, sink).send(located->path.rest, located->path.lastName());
+  TreeStream stream(located->resolver, sink);
+  const bool isThere = stream.send(located->path.rest, located->path.lastName());
+  logNamesLeftOut(stream.namesLeftOut(), *request.name);
+  return isThere;
 }
 
 // The reader shows such a folder as missing: only this line tells why.

@@ -132,8 +132,11 @@ bool TreeStream::enterDirectory(std::size_t parentLength) {
   return true;
 }
 
-HostResult<DirectoryNames> TreeStream::namesOf(UniqueFd directory) const {
-  return DirectoryNames::read(std::move(directory), DirectoryNames::maxBytes - nameBytes, isWanted);
+HostResult<DirectoryNames> TreeStream::namesOf(UniqueFd directory) {
+  auto names =
+      DirectoryNames::read(std::move(directory), DirectoryNames::maxBytes - nameBytes, isWanted);
+  if (names) notUtf8 += names->leftOut();
+  return names;
 }
 
 std::string_view TreeStream::relativePath() const {

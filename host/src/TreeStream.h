@@ -36,6 +36,8 @@ class TreeStream {
 
   // path is below the share, name what a file there is called. False when the client has gone.
   [[nodiscard]] bool send(const std::string& path, std::string_view name);
+  // Names that cannot travel, for not being UTF-8.
+  [[nodiscard]] std::size_t namesLeftOut() const { return notUtf8; }
 
  private:
   struct Level {
@@ -51,7 +53,7 @@ class TreeStream {
   void sendFile(std::string_view relpath);
   // False when it is not walked; what there is to say of it has been said.
   bool enterDirectory(std::size_t parentLength);
-  [[nodiscard]] HostResult<DirectoryNames> namesOf(UniqueFd directory) const;
+  [[nodiscard]] HostResult<DirectoryNames> namesOf(UniqueFd directory);
   [[nodiscard]] std::string_view relativePath() const;
   void announce(TreeHeader::Kind kind, std::string_view relpath, mode_t mode, std::int64_t size,
                 std::optional<Refusal> error = {});
@@ -63,6 +65,7 @@ class TreeStream {
   std::string path;            // below the share, of what is being looked at
   std::size_t rootLength = 0;  // of the part of it that the stream leaves out
   std::vector<Level> levels;
+  std::size_t notUtf8 = 0;
   std::size_t nameBytes = 0;  // of the names in all levels
 };
 

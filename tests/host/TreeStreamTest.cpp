@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "StreamFixture.h"
+#include "support/Eventually.h"
 #include "support/OpenDescriptors.h"
 
 #if defined(__linux__)
@@ -88,6 +89,18 @@ TEST_F(TreeStreamTest, noiseIsLeftOut) {
   file("a/.DS_Store", "x");
   file("a/.DS_Store2", "x");
   EXPECT_EQ(tree("me/Docs"), (ReceivedTree{"dir a 755", "file a/.DS_Store2 644 x", "eof"}));
+}
+
+TEST_F(TreeStreamTest, namesThatAreNotUtf8AreLeftOutAndCountedInTheLog) {
+  const UniqueFd made(::open((temp / docs("\xff")).c_str(), O_WRONLY | O_CREAT, 0644));
+  if (!made.valid()) GTEST_SKIP() << "the file system takes only names in UTF-8";
+  file("a");
+  file("b/\xfe");
+  ::chmod((temp / docs("b")).c_str(), 0755);
+  EXPECT_EQ(tree("me/Docs"), (ReceivedTree{"file a 644", "dir b 755", "eof"}));
+  EXPECT_TRUE(eventually([&] { return !log().empty(); }));
+  EXPECT_EQ(log(),
+            std::vector<std::string>{"left out 2 names that are not valid UTF-8 in me/Docs"});
 }
 
 TEST_F(TreeStreamTest, aLinkToAFileIsThatFileAndOneToAFolderIsLeftOut) {

@@ -36,6 +36,8 @@ class DirectoryNames {
 
   [[nodiscard]] std::size_t size() const { return starts.size(); }
   [[nodiscard]] Name operator[](std::size_t index) const { return at(starts[index]); }
+  // For not being UTF-8.
+  [[nodiscard]] std::size_t leftOut() const { return notUtf8; }
   [[nodiscard]] std::size_t bytes() const {
     return packed.size() + starts.size() * sizeof starts.front();
   }
@@ -47,6 +49,7 @@ class DirectoryNames {
 
   std::string packed;  // for each: its kind, its text, NUL
   std::vector<std::uint32_t> starts;
+  std::size_t notUtf8 = 0;
   bool isAllAscii = true;
 };
 

@@ -111,6 +111,24 @@ TEST_F(GetAgainTest, resumingBringsWhatIsMissing) {
       << "a folder that is missing comes as a whole";
 }
 
+TEST_F(GetAgainTest, aCopyUnderANewNameIsResumedInItsPlace) {
+  expectDone(get({docs, dest / "new"}));
+  std::filesystem::remove(dest / "new/sub/b");
+  const std::size_t asked = transfers();
+  for (int i = 0; i < 2; ++i) {
+    expectDone(get({"--resume", docs, dest / "new"}));
+    EXPECT_THAT(copied(), ElementsAre("new", "new/a", "new/sub", "new/sub/b"));
+    EXPECT_EQ(transfers(), asked + 1);
+  }
+  // A folder with something else in it is what the copy is put into; so is an empty one.
+  put("new/mine", "stays");
+  expectDone(get({"--resume", docs, dest / "new"}));
+  EXPECT_EQ(content("new/Docs/a"), "hello");
+  std::filesystem::create_directory(dest / "empty");
+  expectDone(get({"--resume", docs, dest / "empty"}));
+  EXPECT_EQ(content("empty/Docs/a"), "hello");
+}
+
 TEST_F(GetAgainTest, resumingWithNothingThereIsAFreshCopy) {
   expectDone(getDocs({"--resume"}));
   EXPECT_EQ(content("Docs/sub/b"), "world");

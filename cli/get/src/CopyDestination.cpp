@@ -2,6 +2,10 @@
 
 #include <fcntl.h>
 
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
 namespace tarnel {
 namespace {
 
@@ -24,6 +28,16 @@ CopyResult<CopyDestination> CopyDestination::open(const std::string& path) {
   auto parent = openFolder(slash == std::string::npos ? "." : path.substr(0, slash + 1));
   if (!parent) return std::unexpected(parent.error());
   return CopyDestination{.folder = std::move(*parent), .newName = std::move(name)};
+}
+
+CopyResult<CopyDestination> CopyDestination::openAsCopy(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), &std::free);
+  if (!real) return callFailure();
+  const std::string text(real.get());
+  const std::size_t slash = text.rfind('/');
+  auto parent = openFolder(text.substr(0, slash + 1));
+  if (!parent) return std::unexpected(parent.error());
+  return CopyDestination{.folder = std::move(*parent), .newName = text.substr(slash + 1)};
 }
 
 }  // namespace tarnel

@@ -3,12 +3,15 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "fs/FabricLocation.h"
 #include "get/CountTotals.h"
 #include "get/FileCopy.h"
 #include "get/FolderCopy.h"
+#include "get/FolderNames.h"
+#include "get/PendingFile.h"
 
 namespace tarnel {
 namespace {
@@ -70,9 +73,35 @@ const CopyReport& CopyJob::run() {
 void CopyJob::copyPath(const std::string& path) {
   const auto clean = normalised(path);
   if (!clean) return context.fail(path, clean.error());
-  const std::string name = destination.newName.value_or(lastName(*clean));
+  std::string name = destination.newName.value_or(lastName(*clean));
   if (FabricLocation::parse(*clean).inShare() == nullptr) return copyShares(*clean, name);
+  if (isCopyItself(*clean, name)) {
+    auto opened = CopyDestination::openAsCopy(options.destination);
+    if (!opened) return context.fail(options.destination, opened.error());
+    destination = std::move(*opened);
+    name = *destination.newName;
+  }
   copyOne(*clean, name);
+}
+
+// `get PATH new` made the folder "new"; to go on with it, `get --resume PATH new` must not put the
+// copy into it. It holds something, and nothing but what PATH has.
+bool CopyJob::isCopyItself(const std::string& remote, const std::string& name) {
+  if (!options.rules.resume || destination.newName || options.paths.size() != 1) return false;
+  const int folder = destination.folder.get();
+  struct stat there{};
+  if (::fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) return false;
+  const auto listing = source.list(remote);
+  if (!listing) return false;
+  bool holdsSome = false;
+  const bool holdsOthers = !forEachName(folder, [&](const std::string& entry) {
+    if (entry.starts_with(PendingFile::namePrefix)) return true;
+    const auto index = (*listing)->find(entry);
+    if (!index || ::fstatat(folder, entry.c_str(), &there, AT_SYMLINK_NOFOLLOW) != 0) return false;
+    holdsSome = true;
+    return S_ISDIR(there.st_mode) == (*listing)->entry(*index).isDirectory;
+  });
+  return holdsSome && !holdsOthers;
 }
 
 // The levels above the shares are made up by the volume; the host only knows the shares.

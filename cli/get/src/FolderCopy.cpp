@@ -1,12 +1,9 @@
 #include "get/FolderCopy.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -14,24 +11,14 @@
 #include "fs/FabricLocation.h"
 #include "get/FileCopy.h"
 #include "get/FileTime.h"
+#include "get/FolderNames.h"
 #include "get/TreeCopy.h"
 
 namespace tarnel {
 namespace {
 
 bool isEmptyFolder(int folder) {
-  const int fd = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return false;
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(fd), &::closedir);
-  if (!entries) {
-    ::close(fd);
-    return false;
-  }
-  while (const dirent* entry = ::readdir(entries.get())) {
-    const std::string_view name(entry->d_name);
-    if (name != "." && name != "..") return false;
-  }
-  return true;
+  return forEachName(folder, [](const std::string&) { return false; });
 }
 
 bool hasTime(int folder, std::int64_t mtimeMs) {

@@ -33,6 +33,13 @@ std::uint32_t lengthOf(BytesView head) {
   return byte(1) << 24 | byte(2) << 16 | byte(3) << 8 | byte(4);
 }
 
+// A kept connection on which a request may go out: nothing has come that nobody asked for, and the
+// host has not hung up.
+bool isQuiet(int fd) {
+  char byte = 0;
+  return ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 && errno == EAGAIN;
+}
+
 // White space may stand before a JSON text.
 bool beginsJson(char c) { return c == '{' || c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
@@ -72,7 +79,7 @@ CopyResult<void> HostStream::connect() {
 CopyResult<void> HostStream::ask(const ControlRequest& request, double deadline) {
   const auto frame = ControlWire::encode(request);
   if (!frame) return copyFailure(EILSEQ);  // a name that is not UTF-8 cannot be asked for
-  if (socket.valid() && (begin != end || left != 0 || hasReadableByte(socket.get()))) drop();
+  if (socket.valid() && (begin != end || left != 0 || !isQuiet(socket.get()))) drop();
   if (!socket.valid()) {
     if (auto connected = connect(); !connected) return connected;
   }

@@ -21,9 +21,9 @@ std::string nextTemporaryName() {
     std::random_device device;
     return std::uint64_t{device()} << 32 | device();
   }();
-  char name[32];
-  std::snprintf(name, sizeof name, ".tarnel-get-%016llx", static_cast<unsigned long long>(next++));
-  return name;
+  char number[24];
+  std::snprintf(number, sizeof number, "%016llx", static_cast<unsigned long long>(next++));
+  return std::string(PendingFile::namePrefix) + number;
 }
 
 // Moves without ever replacing; ENOSYS or EINVAL where the system or the file system cannot.

@@ -83,17 +83,21 @@ std::string progressText(const CopyProgress& progress, std::size_t columns) {
   return {};
 }
 
+// Old text is covered with blanks: every terminal can do that.
 void ProgressLine::draw(const CopyProgress& progress) {
   next = Clock::now() + interval;
-  const std::string text = progressText(progress, columnsOf(fd));
-  write("\r" + text + "\x1b[K");
-  isShown = true;
+  const std::size_t columns = columnsOf(fd);
+  std::string text = progressText(progress, columns);
+  const std::size_t length = text.size();
+  text.resize(std::clamp(shown, length, std::max(length, columns - 1)), ' ');
+  write("\r" + text);
+  shown = length;
 }
 
 void ProgressLine::clear() {
-  if (!isShown) return;
-  write("\r\x1b[K");
-  isShown = false;
+  if (shown == 0) return;
+  write("\r" + std::string(std::min(shown, columnsOf(fd) - 1), ' ') + "\r");
+  shown = 0;
 }
 
 // A line that cannot be drawn is no failure of the copy.

@@ -16,6 +16,8 @@ struct CopyDestination {
 
   // The text is the user's: links in it are followed. ENOENT when not even its folder is there.
   [[nodiscard]] static CopyResult<CopyDestination> open(const std::string& path);
+  // A folder that exists, as the new name of what is copied.
+  [[nodiscard]] static CopyResult<CopyDestination> openAsCopy(const std::string& path);
 };
 
 }  // namespace tarnel

@@ -31,6 +31,8 @@ class CopyJob {
  private:
   void copyPath(const std::string& path);
   void copyShares(const std::string& peer, const std::string& local);
+  // To resume: the destination is the copy of this folder, made under a new name.
+  [[nodiscard]] bool isCopyItself(const std::string& remote, const std::string& name);
   void copyOne(const std::string& remote, const std::string& local);
   void showProgress();
   [[nodiscard]] FolderChain makeChain();

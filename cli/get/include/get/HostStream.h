@@ -5,7 +5,7 @@
 //
 // The host is not trusted: a frame's length is bounded before its payload is read, and a connection on
 // which bytes stand that no request asked for is given up before the next request, since every
-// later answer on it would be another's. After any failure the connection is gone; the next request
+// later answer on it would be another's. So is one that the host has closed meanwhile. After any failure the connection is gone; the next request
 // makes a new one.
 // Threads: one; an Interruption wakes it.
 #pragma once

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "control/Bytes.h"
 #include "control/UniqueFd.h"
@@ -22,6 +23,8 @@ class PendingFile {
  public:
   // What may already stand under the file's name.
   enum class Over { nothing, aFile };
+
+  static constexpr std::string_view namePrefix = ".tarnel-get-";
 
   // mode: permission bits; the process's mask is taken off.
   [[nodiscard]] static CopyResult<PendingFile> create(int folder, mode_t mode,

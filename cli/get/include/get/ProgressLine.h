@@ -49,8 +49,8 @@ class ProgressLine {
   void write(const std::string& text) const;
 
   const int fd;
-  Clock::time_point next = Clock::now() + std::chrono::milliseconds(200);  // short copies show none
-  bool isShown = false;
+  Clock::time_point next = Clock::now();
+  std::size_t shown = 0;  // columns
 };
 
 }  // namespace tarnel

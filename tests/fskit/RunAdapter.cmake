@@ -18,6 +18,7 @@ add_library(
   fakes/FakeLog.m
   fakes/FakeNames.m
   fakes/FakeVolume.m
+  fakes/SeenCounts.m
   run/Attributes.m
   run/Enumerations.m
   run/Lifetimes.m
@@ -63,11 +64,29 @@ target_link_libraries(
   fskit_run PRIVATE fskit_objc TarnelFSKitCore tarnel_test_support tarnel_options GTest::gtest
                     ${TARNEL_BLOCKS_RUNTIME} -lgnustep-base -lobjc ${CMAKE_DL_LIBS})
 
+# Suppressions go by the names of functions.
+find_program(TARNEL_SYMBOLIZER NAMES llvm-symbolizer-19 llvm-symbolizer llvm-symbolizer-14)
+set(symbolizer ASAN_SYMBOLIZER_PATH=${TARNEL_SYMBOLIZER} TSAN_SYMBOLIZER_PATH=${TARNEL_SYMBOLIZER})
+
 set(scenarios ${CMAKE_CURRENT_SOURCE_DIR}/run/Scenarios.def)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${scenarios})
 file(STRINGS ${scenarios} scenario_lines REGEX "^SCENARIO")
 foreach(line IN LISTS scenario_lines)
   string(REGEX REPLACE "^SCENARIO\\((.*)\\)$" "\\1" scenario "${line}")
   add_test(NAME fskit.run.${scenario} COMMAND fskit_run ${scenario})
-  set_tests_properties(fskit.run.${scenario} PROPERTIES TIMEOUT 300)
+  set_tests_properties(fskit.run.${scenario} PROPERTIES TIMEOUT 300 ENVIRONMENT "${symbolizer}")
 endforeach()
+
+# A sanitizer that finds nothing in the runs has to find what is there on purpose.
+set(TARNEL_FSKIT_PLANTED "" CACHE STRING "The fault that this build's sanitizer has to find: leak or race")
+if(TARNEL_FSKIT_PLANTED STREQUAL "leak")
+  set(report "LeakSanitizer: detected memory leaks.*initWithHome")
+elseif(TARNEL_FSKIT_PLANTED STREQUAL "race")
+  set(report "ThreadSanitizer: data race.*Planted")
+endif()
+if(TARNEL_FSKIT_PLANTED)
+  add_test(NAME fskit.planted.${TARNEL_FSKIT_PLANTED} COMMAND fskit_run --plant ${TARNEL_FSKIT_PLANTED})
+  set_tests_properties(
+    fskit.planted.${TARNEL_FSKIT_PLANTED} PROPERTIES PASS_REGULAR_EXPRESSION "${report}"
+                                                     ENVIRONMENT "${symbolizer}")
+endif()

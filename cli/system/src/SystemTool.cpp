@@ -79,6 +79,7 @@ std::expected<ToolOutcome, int> runTool(const std::vector<std::string>& argument
   auto pipe = makePipe();
   if (!pipe) return std::unexpected(errno);
   std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
   const SpawnSettings settings(pipe->writeEnd.get());

@@ -8,7 +8,6 @@ NS_ASSUME_NONNULL_BEGIN
 
 FSKIT_API_AVAILABILITY_V1
 @interface FSModuleIdentity : NSObject
-- (instancetype)init NS_UNAVAILABLE;
 @property(readonly, copy) NSString* bundleIdentifier;
 @property(readonly, copy) NSURL* url;
 @property(readonly, getter=isEnabled) BOOL enabled;

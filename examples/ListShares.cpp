@@ -8,18 +8,14 @@
 #include "control/ControlClient.h"
 #include "control/Printable.h"
 
-namespace {
-
-using namespace tarnel;
+namespace tarnel::examples {
 
 int fail(const std::string& why) {
   std::cerr << "list-shares: " << why << std::endl;
   return 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   if (argc != 2) return fail("usage: list-shares SOCKET");
   auto client = ControlClient::connect(argv[1]);
   if (!client) return fail(description(client.error()));
@@ -36,4 +32,9 @@ int main(int argc, char** argv) {
   for (const auto& share : response->remoteShares.value_or(std::vector<RemoteShareInfo>())) {
     std::cout << printable(share.peer) << "/" << printable(share.name) << "\n";
   }
+  return 0;
 }
+
+}  // namespace tarnel::examples
+
+int main(int argc, char** argv) { return tarnel::examples::run(argc, argv); }

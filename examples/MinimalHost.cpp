@@ -21,9 +21,7 @@
 #include "control/Thread.h"
 #include "control/UnixSocketServer.h"
 
-namespace {
-
-using namespace tarnel;
+namespace tarnel::examples {
 namespace fs = std::filesystem;
 using Failed = std::unexpected<int>;  // errno
 
@@ -88,9 +86,8 @@ ControlResponse answer(const std::string& folder, const ControlRequest& request)
   if (request.op < ControlOp::stat || request.op > ControlOp::read) return refusal(ENOSYS);
   // Only a path without "..", "//" and links is the canonical one: nothing outside is reached.
   const std::string location = request.name.value_or("");
-  const std::string top = "me/" + share;
-  if (location != top && !location.starts_with(top + "/")) return refusal(ENOENT);
-  const std::string path = folder + location.substr(top.size());
+  if (!(location + "/").starts_with("me/" + share + "/")) return refusal(ENOENT);
+  const std::string path = folder + location.substr(share.size() + 3);
   std::error_code error;
   if (fs::canonical(path, error).native() != path) return refusal(error.value());
   const auto stat = statOf(path);
@@ -127,9 +124,7 @@ int fail(const std::string& why) {
   return 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   std::error_code error;
   const std::string folder = fs::canonical(argc == 3 ? argv[2] : "", error);
   if (error) return fail("usage: minimal-host SOCKET DIR");
@@ -147,4 +142,9 @@ int main(int argc, char** argv) {
   int taken = 0;
   ::sigwait(&ends, &taken);
   server->stop();
+  return 0;
 }
+
+}  // namespace tarnel::examples
+
+int main(int argc, char** argv) { return tarnel::examples::run(argc, argv); }

@@ -13,9 +13,7 @@
 #include "control/Printable.h"
 #include "control/TreeRecord.h"
 
-namespace {
-
-using namespace tarnel;
+namespace tarnel::examples {
 
 int fail(const std::string& why) {
   std::cerr << "read-tree: " << printable(why) << std::endl;
@@ -71,9 +69,7 @@ int readTree(ControlClient& client, const std::string& location) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   if (argc != 3) return fail("usage: read-tree SOCKET LOCATION");
   auto client = ControlClient::connect(argv[1]);
   if (!client) return fail(description(client.error()));
@@ -82,3 +78,7 @@ int main(int argc, char** argv) {
   client->close();
   return status;
 }
+
+}  // namespace tarnel::examples
+
+int main(int argc, char** argv) { return tarnel::examples::run(argc, argv); }

@@ -13,8 +13,9 @@ constexpr int lastOfGround = 103;
 
 std::vector<HostCheck> allGroups() {
   std::vector<HostCheck> all;
-  for (const auto group : {framingChecks(), requestChecks(), shareChecks(), statChecks(),
-                           listChecks(), readChecks(), agreementChecks(), speedChecks()}) {
+  for (const auto group :
+       {framingChecks(), requestChecks(), shareChecks(), statChecks(), listChecks(), readChecks(),
+        agreementChecks(), streamChecks(), treeStreamChecks(), speedChecks()}) {
     all.insert(all.end(), group.begin(), group.end());
   }
   return all;

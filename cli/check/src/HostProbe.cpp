@@ -100,6 +100,27 @@ const Material& HostProbe::material() {
   return *found;
 }
 
+const FileStream& HostProbe::fileStream() {
+  if (!file) {
+    file = material().file ? readFileStream(*this, material().file->location) : FileStream();
+  }
+  return *file;
+}
+
+const TreeStream& HostProbe::treeStream() {
+  if (tree) return *tree;
+  if (material().file) {
+    const std::string& location = material().file->location;
+    const std::size_t slash = location.rfind('/');
+    tree = readTreeStream(*this, location.substr(0, slash), location.substr(slash + 1));
+  } else if (!material().shares.empty()) {
+    tree = readTreeStream(*this, material().folder.value_or(material().shares.front()), "");
+  } else {
+    tree.emplace();
+  }
+  return *tree;
+}
+
 std::string textOf(const ControlRequest& request) {
   std::string line = ControlWire::encode(request).value_or("\n");
   line.pop_back();

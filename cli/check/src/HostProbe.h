@@ -8,6 +8,7 @@
 
 #include "Material.h"
 #include "RawConnection.h"
+#include "Streams.h"
 #include "Verdict.h"
 #include "control/ControlRequest.h"
 #include "control/ControlResponse.h"
@@ -59,12 +60,17 @@ class HostProbe {
 
   // Searched for when first wanted.
   [[nodiscard]] const Material& material();
+  // Of a file with content, and of the folder that it stands in; asked for when first wanted.
+  [[nodiscard]] const FileStream& fileStream();
+  [[nodiscard]] const TreeStream& treeStream();
 
  private:
   const std::string socket;
   const CheckLimits bounds;
   const Deadline end;
   std::optional<Material> found;
+  std::optional<FileStream> file;
+  std::optional<TreeStream> tree;
 };
 
 // A request's text, without its line feed.

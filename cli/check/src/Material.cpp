@@ -6,6 +6,7 @@
 
 #include "HostProbe.h"
 #include "control/ControlWire.h"
+#include "control/TreeHeader.h"
 #include "fs/ControlFabricSource.h"
 #include "fs/FabricLocation.h"
 
@@ -13,8 +14,8 @@ namespace tarnel {
 namespace {
 
 constexpr std::size_t mostShares = 50;
-constexpr std::size_t mostWaiting = 1'000;  // folders that the search still has to look into
-constexpr std::int64_t goodFileBytes = 4;   // enough for every form of base64's end
+constexpr std::size_t mostWaiting = 1'000;     // folders that the search still has to look into
+constexpr std::int64_t goodFileBytes = 1'024;  // enough to tell offsets and letters of base64
 constexpr int mostReads = 16;
 
 class Search {
@@ -28,6 +29,9 @@ class Search {
       waiting.pop_front();
       look(folder);
     }
+    const bool isLargeEnough =
+        material.largeFile && material.largeFile->stat.size <= Material::mostFileBytes;
+    if (!material.file && isLargeEnough) material.file = material.largeFile;
     if (!material.file) material.file = std::move(refusedFile);
     return std::move(material);
   }
@@ -72,7 +76,10 @@ class Search {
       return std::nullopt;
     }
     auto response = ControlWire::decode<ControlResponse>(*line);
-    return response ? std::move(response->entries) : std::nullopt;
+    if (!response) return std::nullopt;
+    const bool isRefused = response->status == ControlResponse::Status::error;
+    if (!response->entries && !isRefused) material.lackingEntries = folder;
+    return std::move(response->entries);
   }
 
   void look(const std::string& folder) {
@@ -96,13 +103,22 @@ class Search {
       if (waiting.size() < mostWaiting) waiting.push_back(std::move(entry.location));
       return;
     }
+    if (isPrivate(entry) && !material.unreadable) (void)isReadable(entry);
     if (entry.stat.size == 0 && !material.emptyFile) material.emptyFile = entry;
     if (entry.stat.size > Material::windowBytes && !material.largeFile && isReadable(entry)) {
       material.largeFile = entry;
     }
-    const bool isWanted = entry.stat.size > 0 && entry.stat.size <= Material::mostFileBytes;
-    const bool isBetter = !material.file || (!isGood(material.file) && isGood(entry));
+    const bool isWanted = entry.stat.size > 0 && entry.stat.size <= Material::windowBytes &&
+                          !TreeHeader::isNoise(entry.stat.name);  // trees leave noise out
+    const bool isBetter =
+        !material.file || (!isGood(material.file) && entry.stat.size > material.file->stat.size);
     if (isWanted && isBetter && isReadable(entry)) material.file = std::move(entry);
+  }
+
+  // A file that not everybody may read is one that the host may not read either.
+  static bool isPrivate(const Found& file) {
+    constexpr std::uint32_t everybody = 0444;
+    return file.stat.mode != 0 && (file.stat.mode & everybody) != everybody;
   }
 
   // Any answer but a refusal: whether what is read is right is for checks to tell.

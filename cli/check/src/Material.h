@@ -32,6 +32,7 @@ struct Material {
   std::optional<std::string> folder = {};     // with something in it
   std::optional<std::string> subfolder = {};  // the same, below a share's own folder
   std::optional<std::string> emptyFolder = {};
+  std::optional<std::string> lackingEntries = {};  // its listing is no refusal, and has none
   std::optional<std::string> tooLongListing = {};  // its answer passed 16 MiB
   std::size_t longestListing = 0;                  // entries
 };

@@ -11,7 +11,7 @@
 namespace tarnel {
 namespace {
 
-// A `stat` of the first share in the given spelling has to find it. {} stands for the location.
+// A `stat` of the first share in the given spelling has to find it.
 CheckVerdict statSpelled(HostProbe& host, const std::string& before, const std::string& location,
                          const std::string& after, const char* advice) {
   const std::string request = before + location + after;
@@ -25,11 +25,16 @@ std::string firstShare(HostProbe& host) {
   return host.material().shares.empty() ? std::string() : host.material().shares.front();
 }
 
-// The text as a JSON string, with every slash as it is.
-std::string plainSlashes(const std::string& text) {
+// The text as a JSON string.
+std::string asJson(const std::string& text) {
   JsonWriter json;
   json.value(text);
-  std::string spelled = json.finish().value_or("\"\"");
+  return json.finish().value_or("\"\"");
+}
+
+// The same with every slash as it is.
+std::string plainSlashes(const std::string& text) {
+  std::string spelled = asJson(text);
   for (std::size_t at = 0; (at = spelled.find("\\/", at)) != std::string::npos;) {
     spelled.erase(at, 1);
   }
@@ -40,7 +45,7 @@ std::string plainSlashes(const std::string& text) {
 std::string firstLetterEscaped(const std::string& text) {
   const auto letter = static_cast<unsigned char>(text.front());
   constexpr std::string_view hex = "0123456789abcdef";
-  std::string spelled = plainSlashes(text);
+  std::string spelled = asJson(text);
   if (letter >= 0x80 || spelled.at(1) == '\\') return spelled;
   const std::string escape = {'\\', 'u', '0', '0', hex[letter >> 4], hex[letter & 15]};
   return spelled.replace(1, 1, escape);
@@ -60,21 +65,21 @@ CheckVerdict escapedLettersAreRead(HostProbe& host) {
 
 CheckVerdict anyOrderAndSpacesAreRead(HostProbe& host) {
   if (firstShare(host).empty()) return skipped("share a folder");
-  return statSpelled(host, " { \"name\" :\t", plainSlashes(firstShare(host)),
-                     " , \"op\" : \"stat\" } ", "read keys in any order, with white space between");
+  return statSpelled(host, " { \"name\" :\t", asJson(firstShare(host)), " , \"op\" : \"stat\" } ",
+                     "read keys in any order, with white space between");
 }
 
 CheckVerdict unknownKeysAreIgnored(HostProbe& host) {
   if (firstShare(host).empty()) return skipped("share a folder");
   return statSpelled(host, R"({"colour":{"a":[1,null,{"op":"list"}]},"op":"stat","name":)",
-                     plainSlashes(firstShare(host)), R"(,"later":false})",
+                     asJson(firstShare(host)), R"(,"later":false})",
                      "ignore keys that you do not know");
 }
 
 CheckVerdict nullIsAbsent(HostProbe& host) {
   if (firstShare(host).empty()) return skipped("share a folder");
   return statSpelled(host, R"({"op":"stat","offset":null,"limit":null,"policy":null,"name":)",
-                     plainSlashes(firstShare(host)), "}", "read a null as an absent key");
+                     asJson(firstShare(host)), "}", "read a null as an absent key");
 }
 
 // A line that no host can serve has to be answered with an error.

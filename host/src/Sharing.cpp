@@ -84,36 +84,38 @@ HostResult<ControlResponse> Sharing::share(const ControlRequest& request, Answer
   auto folder = folderIn(request, options.isOwnMount);
   if (!folder) return std::unexpected(folder.error());
   sink.reviews.erase(*name);
-  ControlResponse response = ControlResponse::ok();
-  std::optional<HiddenPaths> hidden;
-  if (!isForced(request)) {
-    SecretScan found;
-    if (isSecretFolder(*request.folder)) {
-      found.excludedCount = 1;
-      found.secrets.emplace_back(wholeFolder);
-    } else {
-      found = SecretScan::of(folder->get(), options.isOwnMount, options.secretScan,
-                             [&] { return sink.isOver(); });
-      // Nobody waits for the review any more: what was found may not be all.
-      if (sink.isOver()) return std::unexpected(Refusal::ioError);
-    }
-    const bool isClean = found.secrets.empty() && found.caps.empty();
-    if (!isClean) response.review = summaryOf(found);
-    if (!isClean && request.policy != SharePolicy::yes) {
-      if (sink.reviews.size() >= maxReviewsInWaiting) {
-        return std::unexpected(Refusal::tooManyReviews);
-      }
-      sink.reviews.emplace(*name, ShareReview{std::move(*folder), std::move(found)});
-      response.status = ControlResponse::Status::review;
-      return response;
-    }
-    auto chosen = hiddenBy(request, found);
-    if (!chosen) return std::unexpected(chosen.error());
-    hidden = std::move(*chosen);
+  if (isForced(request)) return offer(*name, std::move(*folder), std::nullopt);
+  auto found = lookThrough(*request.folder, folder->get(), sink);
+  if (!found) return std::unexpected(found.error());
+  const bool isClean = found->secrets.empty() && found->caps.empty();
+  if (!isClean && request.policy != SharePolicy::yes) {
+    return keepForReview(*name, {std::move(*folder), std::move(*found)}, sink.reviews);
   }
-  if (auto added = offer(*name, std::move(*folder), std::move(hidden)); !added) {
-    return std::unexpected(added.error());
+  auto hidden = hiddenBy(request, *found);
+  if (!hidden) return std::unexpected(hidden.error());
+  auto response = offer(*name, std::move(*folder), std::move(*hidden));
+  if (response && !isClean) response->review = summaryOf(*found);
+  return response;
+}
+
+HostResult<SecretScan> Sharing::lookThrough(const std::string& path, int folderFD,
+                                            const AnswerSink& sink) const {
+  if (isSecretFolder(path)) {
+    return SecretScan{.excludedCount = 1, .secrets = {std::string(wholeFolder)}};
   }
+  auto found = SecretScan::of(folderFD, options.isOwnMount, options.secretScan,
+                              [&] { return sink.isOver(); });
+  // Nobody waits for the review any more: what was found may not be all.
+  if (sink.isOver()) return std::unexpected(Refusal::ioError);
+  return found;
+}
+
+HostResult<ControlResponse> Sharing::keepForReview(const std::string& name, ShareReview review,
+                                                   ShareReviews& reviews) {
+  if (reviews.size() >= maxReviewsInWaiting) return std::unexpected(Refusal::tooManyReviews);
+  ControlResponse response{.status = ControlResponse::Status::review,
+                           .review = summaryOf(review.found)};
+  reviews.emplace(name, std::move(review));
   return response;
 }
 
@@ -132,10 +134,7 @@ HostResult<ControlResponse> Sharing::confirm(const ControlRequest& request, Shar
   }
   ShareReview review = std::move(waiting->second);
   reviews.erase(waiting);
-  if (auto added = offer(*request.name, std::move(review.folder), std::move(hidden)); !added) {
-    return std::unexpected(added.error());
-  }
-  return ControlResponse::ok();
+  return offer(*request.name, std::move(review.folder), std::move(hidden));
 }
 
 HostResult<ControlResponse> Sharing::cancel(const ControlRequest& request, ShareReviews& reviews) {
@@ -158,14 +157,15 @@ HostResult<ControlResponse> Sharing::unshare(const ControlRequest& request) {
   return ControlResponse::ok();
 }
 
-HostResult<void> Sharing::offer(const std::string& name, UniqueFd folder,
-                                std::optional<HiddenPaths> hidden) {
-  auto added = table.add({.peer = std::string(localPeer),
-                          .name = name,
-                          .root = std::move(folder),
-                          .hidden = std::move(hidden)});
-  if (added) log("sharing " + printable(name));
-  return added;
+HostResult<ControlResponse> Sharing::offer(const std::string& name, UniqueFd folder,
+                                           std::optional<HiddenPaths> hidden) {
+  const auto added = table.add({.peer = std::string(localPeer),
+                                .name = name,
+                                .root = std::move(folder),
+                                .hidden = std::move(hidden)});
+  if (!added) return std::unexpected(added.error());
+  log("sharing " + printable(name));
+  return ControlResponse::ok();
 }
 
 void Sharing::log(const std::string& line) const {

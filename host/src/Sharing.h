@@ -12,11 +12,12 @@
 // Threads: any; the reviews belong to one connection's thread.
 #pragma once
 
-#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "AnswerSink.h"
+#include "ShareReviews.h"
 #include "control/ControlRequest.h"
 #include "control/ControlResponse.h"
 #include "host/HostOptions.h"
@@ -38,8 +39,13 @@ class Sharing {
   [[nodiscard]] HostResult<ControlResponse> unshare(const ControlRequest& request);
 
  private:
-  [[nodiscard]] HostResult<void> offer(const std::string& name, UniqueFd folder,
-                                       std::optional<HiddenPaths> hidden);
+  [[nodiscard]] HostResult<SecretScan> lookThrough(const std::string& path, int folderFD,
+                                                   const AnswerSink& sink) const;
+  [[nodiscard]] static HostResult<ControlResponse> keepForReview(const std::string& name,
+                                                                 ShareReview review,
+                                                                 ShareReviews& reviews);
+  [[nodiscard]] HostResult<ControlResponse> offer(const std::string& name, UniqueFd folder,
+                                                  std::optional<HiddenPaths> hidden);
   void log(const std::string& line) const;
 
   ShareTable& table;

@@ -74,6 +74,9 @@
 #undef __gnu_linux__
 #define __APPLE__ 1
 
+#undef RENAME_NOREPLACE
+#undef RENAME_EXCHANGE
+
 // A socket's option against the broken-pipe signal, and who is at the other end.
 #define SO_NOSIGPIPE 0x1022
 extern "C" int getpeereid(int fd, uid_t* uid, gid_t* gid);

@@ -90,6 +90,8 @@ std::vector<FaultCase> answerFaults() {
   faults.push_back({"names that are not UTF-8", 215, {501, 506}, spelled("big", "b\xffg")});
   faults.push_back(
       {"null for absent keys", 216, {}, spelled("{\"status\"", "{\"review\":null,\"status\"")});
+  faults.push_back({"the last of two equal keys taken", 217, {}, refusing("no such share\"}")});
+  faults.push_back({"numbers read by their spelling", 218, {}, refusing("1e1")});
   return faults;
 }
 

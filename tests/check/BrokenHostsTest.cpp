@@ -2,8 +2,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <atomic>
-#include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -11,6 +10,7 @@
 
 #include "CheckRun.h"
 #include "Faults.h"
+#include "control/Mutex.h"
 
 namespace tarnel::test {
 namespace {
@@ -121,18 +121,28 @@ TEST(BrokenHost, thatKeepsALineWithoutAnEndIsCaught) {
   EXPECT_EQ(runChecks(host.path(), {110}, limits).failed(), std::vector<int>{110});
 }
 
-TEST(BrokenHost, thatAnswersRequestsOutOfOrderIsCaught) {
-  // The second time, the answer to `shares` waits for the one behind it.
-  const auto asked = std::make_shared<std::atomic<int>>(0);
-  const auto held = std::make_shared<std::string>();  // one connection has a thread at a time
-  FaultyHost host([asked, held](const Exchange& exchange) {
-    if (exchange.is(ControlOp::shares) && asked->fetch_add(1) > 0) {
-      *held = exchange.answer;
+// Keeps the second answer to `shares` back until there is another one to send first.
+class OutOfOrder {
+ public:
+  HostReply operator()(const Exchange& exchange) {
+    MutexLock hold(lock);
+    if (exchange.is(ControlOp::shares) && ++asked == 2) {
+      keptBack = exchange.answer;
       return HostReply();
     }
-    if (held->empty()) return rightReply(exchange);
-    return HostReply().answer(exchange.answer).answer(std::exchange(*held, ""));
-  });
+    if (!keptBack) return rightReply(exchange);
+    return HostReply().answer(exchange.answer).answer(*std::exchange(keptBack, std::nullopt));
+  }
+
+ private:
+  Mutex lock;  // guards all below
+  int asked GUARDED_BY(lock) = 0;
+  std::optional<std::string> keptBack GUARDED_BY(lock);
+};
+
+TEST(BrokenHost, thatAnswersRequestsOutOfOrderIsCaught) {
+  OutOfOrder fault;
+  FaultyHost host([&fault](const Exchange& exchange) { return fault(exchange); });
   EXPECT_EQ(runChecks(host.path(), {107}).failed(), std::vector<int>{107});
 }
 

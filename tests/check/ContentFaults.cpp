@@ -170,7 +170,7 @@ void addListFaults(std::vector<FaultCase>& faults) {
                     507,
                     {},
                     changing([](const ControlRequest& request, ControlResponse& response) {
-                      if (!request.limit || !response.entries) return;
+                      if (request.limit != 1 || !response.entries) return;
                       response.entries->push_back(response.entries->front());
                     })});
   faults.push_back(
@@ -185,9 +185,10 @@ void addListFaults(std::vector<FaultCase>& faults) {
                     707,
                     {},
                     [count = std::make_shared<std::atomic<int>>(0)](const Exchange& exchange) {
-                      if (!exchange.isAbout("me/Docs") || !exchange.is(ControlOp::list) ||
-                          exchange.response().names)
-                        return rightReply(exchange);
+                      const bool isPlain = exchange.is(ControlOp::list) &&
+                                           exchange.isAbout("me/Docs") &&
+                                           !exchange.request->limit && !exchange.request->namesOnly;
+                      if (!isPlain) return rightReply(exchange);
                       ControlResponse response = exchange.response();
                       if (count->fetch_add(1) % 2 == 1) response.entries->pop_back();
                       return replyOf(response);

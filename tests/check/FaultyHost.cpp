@@ -2,8 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "control/Base64.h"
 #include "control/ControlWire.h"
+#include "control/Text.h"
 #include "control/TreeRecord.h"
 #include "host/RawClient.h"
 
@@ -111,8 +114,11 @@ Bytes FaultyHost::bytesOf(const std::string& location) const {
   }
 }
 
-void FaultyHost::streamFile(const std::string& location, std::vector<StreamFrame>& frames) const {
-  const Bytes bytes = bytesOf(location);
+void FaultyHost::streamFile(const ControlRequest& request, std::vector<StreamFrame>& frames) const {
+  Bytes bytes = bytesOf(request.name.value_or(""));
+  bytes.erase(0, static_cast<std::size_t>(request.offset.value_or(0)));
+  if (request.length)
+    bytes.resize(std::min(bytes.size(), static_cast<std::size_t>(*request.length)));
   for (std::size_t sent = 0; sent < bytes.size(); sent += window) {
     frames.push_back(frameOf(ControlStreamFrame::data, bytes.substr(sent, window)));
   }
@@ -128,9 +134,13 @@ void FaultyHost::streamTree(const std::string& location, const std::string& relp
                                .mode = status.mode,
                                .size = status.size}));
   }
-  if (!status.isDirectory) return streamFile(location, frames);
-  const auto listing = ask({.op = ControlOp::list, .name = location}).entries;
-  for (const ControlStat& entry : listing.value_or(std::vector<ControlStat>())) {
+  if (!status.isDirectory) {
+    return streamFile({.op = ControlOp::readStream, .name = location}, frames);
+  }
+  auto listing =
+      ask({.op = ControlOp::list, .name = location}).entries.value_or(std::vector<ControlStat>());
+  sortByText(listing, [](const ControlStat& entry) -> const std::string& { return entry.name; });
+  for (const ControlStat& entry : listing) {
     if (TreeHeader::isNoise(entry.name)) continue;
     streamTree(location + "/" + entry.name,
                relpath.empty() ? entry.name : relpath + "/" + entry.name, frames);
@@ -151,7 +161,7 @@ std::vector<StreamFrame> FaultyHost::framesFor(const ControlRequest& request) co
   if (isTree) {
     streamTree(location, "", frames);
   } else {
-    streamFile(location, frames);
+    streamFile(request, frames);
   }
   frames.push_back(frameOf(ControlStreamFrame::eof));
   return frames;

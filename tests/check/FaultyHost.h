@@ -57,7 +57,7 @@ class FaultyHost {
   [[nodiscard]] std::string ask(const std::string& line) const;
   [[nodiscard]] ControlResponse ask(const ControlRequest& request) const;
   [[nodiscard]] Bytes bytesOf(const std::string& location) const;
-  void streamFile(const std::string& location, std::vector<StreamFrame>& frames) const;
+  void streamFile(const ControlRequest& request, std::vector<StreamFrame>& frames) const;
   void streamTree(const std::string& location, const std::string& relpath,
                   std::vector<StreamFrame>& frames) const;
   [[nodiscard]] std::vector<StreamFrame> framesFor(const ControlRequest& request) const;

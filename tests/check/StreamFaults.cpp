@@ -59,8 +59,21 @@ void addFileFaults(std::vector<FaultCase>& faults) {
                       frames.push_back({.tag = dataTag, .payload = "more"});
                     })});
   faults.push_back({"a stream that lacks bytes", 808, {}, changingFile([](Frames& frames) {
-                      frames.front().payload.resize(frames.front().payload.size() / 2);
+                      if (frames.front().payload.size() > 3)
+                        frames.front().payload.resize(frames.front().payload.size() / 2);
                     })});
+  faults.push_back({"data frames of any length",
+                    815,
+                    {},
+                    changingFrames(ControlOp::readStream, "me/Docs/big", [](Frames& frames) {
+                      frames[0].payload += frames[1].payload;
+                      frames.erase(frames.begin() + 1);
+                    })});
+  faults.push_back({"the whole file for a range", 816, {}, [](const Exchange& e) {
+                      if (!e.is(ControlOp::readStream) || !e.request->length) return rightReply(e);
+                      return replyOf(
+                          {{.tag = dataTag, .payload = "the whole file"}, e.frames.back()});
+                    }});
   faults.push_back({"a line for a stream that cannot start", 810, {811}, [](const Exchange& e) {
                       const bool fails = e.is(ControlOp::readStream) &&
                                          e.frames.back().tag == ControlStreamFrame::error;
@@ -70,6 +83,12 @@ void addFileFaults(std::vector<FaultCase>& faults) {
 }
 
 void addTreeFaults(std::vector<FaultCase>& faults) {
+  faults.push_back(
+      {"names in a tree in another order", 835, {829}, changingTree([](Frames& frames) {
+         const StreamFrame last = header(R"({"relpath":"z","kind":"dir","mode":0,"size":0})");
+         const StreamFrame first = header(R"({"relpath":"none","kind":"dir","mode":0,"size":0})");
+         frames = {last, first, frames.back()};
+       })});
   faults.push_back({"headers without a size", 821, {}, changingTree([](Frames& frames) {
                       frames.front() = header(R"({"relpath":"a","kind":"file","mode":420})");
                     })});
@@ -78,7 +97,7 @@ void addTreeFaults(std::vector<FaultCase>& faults) {
                     })});
   faults.push_back({"more bytes than the header says", 824, {829}, changingTree([](Frames& frames) {
                       Frames more = {
-                          header(R"({"relpath":"new","kind":"file","mode":420,"size":1})"),
+                          header(R"({"relpath":"!new","kind":"file","mode":420,"size":1})"),
                           {.tag = dataTag, .payload = "two"}};
                       frames.insert(frames.begin(), more.begin(), more.end());
                     })});
@@ -97,9 +116,13 @@ void addTreeFaults(std::vector<FaultCase>& faults) {
                                     header(R"({"relpath":"","kind":"dir","mode":0,"size":0})"));
                     })});
   faults.push_back({"an entry twice", 826, {}, changingTree([](Frames& frames) {
-                      const StreamFrame again =
-                          header(R"({"relpath":"none","kind":"dir","mode":0,"size":0})");
-                      frames.insert(frames.begin(), {again, again});
+                      Frames last = {frames.back()};
+                      do {
+                        frames.pop_back();
+                        last.insert(last.begin(), frames.back());
+                      } while (frames.back().tag != ControlStreamFrame::header);
+                      frames.insert(frames.end(), last.begin() + 1, last.end() - 1);
+                      frames.insert(frames.end(), last.begin(), last.end());
                     })});
   faults.push_back({"contents before their folder", 827, {}, changingTree([](Frames& frames) {
                       frames.insert(

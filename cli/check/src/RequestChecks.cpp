@@ -206,6 +206,22 @@ CheckVerdict absentKeysAreLeftOut(HostProbe& host) {
   return linesAre(host, hasNullKey, "leave out a key that has no value, never write null");
 }
 
+CheckVerdict theFirstOfTwoKeysCounts(HostProbe& host) {
+  if (firstShare(host).empty()) return skipped("share a folder");
+  return statSpelled(host, R"({"op":"stat","name":)", asJson(firstShare(host)),
+                     R"(,"name":"me\/no such share"})", "of two equal keys take the first");
+}
+
+CheckVerdict numbersAreReadByValue(HostProbe& host) {
+  if (firstShare(host).empty()) return skipped("share a folder");
+  for (const char* const ten : {"10.0", "1e1", "1.0E+1"}) {
+    auto verdict = statSpelled(host, R"({"op":"stat","offset":)" + std::string(ten) + R"(,"name":)",
+                               asJson(firstShare(host)), "}", "read numbers by value");
+    if (verdict.outcome != CheckOutcome::pass) return verdict;
+  }
+  return passed();
+}
+
 constexpr std::array checks = {
     HostCheck{201, "a plain slash in a location is read", plainSlashIsRead},
     HostCheck{202, "an escaped letter in a request is read", escapedLettersAreRead},
@@ -223,7 +239,9 @@ constexpr std::array checks = {
     HostCheck{213, "a request nested very deep harms nobody", deepNestingHarmsNobody},
     HostCheck{214, "control characters in answers are escaped", controlCharactersAreEscaped},
     HostCheck{215, "answers are UTF-8", answersAreUtf8},
-    HostCheck{216, "an absent key is left out, not null", absentKeysAreLeftOut}};
+    HostCheck{216, "an absent key is left out, not null", absentKeysAreLeftOut},
+    HostCheck{217, "of two equal keys the first counts", theFirstOfTwoKeysCounts},
+    HostCheck{218, "numbers are read by value", numbersAreReadByValue}};
 
 }  // namespace
 

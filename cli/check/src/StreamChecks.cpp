@@ -1,6 +1,8 @@
 // 80x, 81x: the stream of one file.
+#include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include "CheckGroups.h"
 #include "FileBytes.h"
@@ -154,6 +156,41 @@ CheckVerdict aClientThatLeavesHarmsNobody(HostProbe& host) {
 
 CheckVerdict noStreamLeadsOut(HostProbe& host) { return leadsNowhere(host, ControlOp::readStream); }
 
+CheckVerdict framesKeepToTheWindow(HostProbe& host) {
+  constexpr std::size_t enough = 16;  // frames
+  const auto& file = host.material().largeFile;
+  if (!file) return skipped("share a file of more than 256 KiB");
+  if (auto verdict = cannotLook(host.fileStream().course, ground)) return *verdict;
+  std::size_t longest = 0;
+  std::size_t frames = 0;
+  (void)readStream(host, {.op = ControlOp::readStream, .name = file->location},
+                   [&](const StreamFrame& frame) -> std::optional<std::string> {
+                     longest = std::max(longest, frame.payload.size());
+                     return ++frames < enough ? std::nullopt : std::optional<std::string>("enough");
+                   });
+  if (std::cmp_less_equal(longest, ControlStreamFrame::window)) return passed();
+  return failedCheck("a data frame of " + quoted(file->location) + " had " +
+                     std::to_string(longest) + " bytes: send at most 262,144 in one");
+}
+
+CheckVerdict aRangeIsKept(HostProbe& host) {
+  const FileStream& whole = host.fileStream();
+  if (auto verdict = cannotLook(whole.course, ground)) return *verdict;
+  if (whole.course.end != End::eof) return skipped("needs check 804 to pass");
+  Bytes bytes;
+  const StreamCourse course = readStream(
+      host, {.op = ControlOp::readStream, .name = whole.location, .offset = 1, .length = 3},
+      [&](const StreamFrame& frame) -> std::optional<std::string> {
+        bytes.append(frame.payload);
+        return bytes.size() > 3 ? std::optional<std::string>("more") : std::nullopt;
+      });
+  const BytesView expected =
+      BytesView(whole.bytes).substr(std::min<std::size_t>(1, whole.bytes.size()), 3);
+  if (course.end == End::eof && bytes == expected) return passed();
+  return failedCheck("a stream of 3 bytes from offset 1 of " + quoted(whole.location) +
+                     " was not those: keep to offset and length, and end");
+}
+
 constexpr std::array checks = {
     HostCheck{801, "a stream that is not served is refused with a line",
               anUnservedOperationIsALine},
@@ -169,7 +206,9 @@ constexpr std::array checks = {
     HostCheck{811, "the stream of a folder is one failure", aFolderFails},
     HostCheck{812, "a connection goes on after a failed stream", theConnectionGoesOnAfterAFailure},
     HostCheck{813, "a client that leaves a stream harms nobody", aClientThatLeavesHarmsNobody},
-    HostCheck{814, "no stream leads out of a share", noStreamLeadsOut}};
+    HostCheck{814, "no stream leads out of a share", noStreamLeadsOut},
+    HostCheck{815, "a data frame has at most 256 KiB", framesKeepToTheWindow},
+    HostCheck{816, "a stream's range is kept", aRangeIsKept}};
 
 }  // namespace
 

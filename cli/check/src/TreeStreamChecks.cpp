@@ -8,6 +8,7 @@
 #include "FileBytes.h"
 #include "HostProbe.h"
 #include "StreamVerdicts.h"
+#include "control/Text.h"
 #include "fs/FabricLocation.h"
 
 namespace tarnel {
@@ -236,6 +237,25 @@ CheckVerdict noTreeLeadsOut(HostProbe& host) {
   return leadsNowhere(host, ControlOp::readTreeStream);
 }
 
+CheckVerdict namesAreInTheirOrder(HostProbe& host) {
+  const TreeStream& tree = host.treeStream();
+  if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
+  std::map<std::string_view, std::string_view> lastOf;  // by folder
+  for (const TreeEntry& entry : tree.entries) {
+    const std::string_view path = entry.header.relpath;
+    const std::size_t slash = path.rfind('/');
+    const std::string_view folder = slash == path.npos ? std::string_view() : path.substr(0, slash);
+    const std::string_view name = path.substr(slash + 1);  // npos + 1 is 0
+    const auto [last, isFirst] = lastOf.try_emplace(folder, name);
+    if (!isFirst && textLess(name, last->second)) {
+      return failedCheck("in a tree " + quoted(name) + " came behind " + quoted(last->second) +
+                         ": send the names of a folder in the order of their composed forms");
+    }
+    last->second = name;
+  }
+  return passed();
+}
+
 constexpr std::array checks = {
     HostCheck{821, "a tree's frames are whole and known", framesAreWholeAndKnown},
     HostCheck{822, "a tree ends with an end frame", aTreeEnds},
@@ -250,7 +270,8 @@ constexpr std::array checks = {
     HostCheck{831, "the tree of a file is that file under its name", theTreeOfAFileIsThatFile},
     HostCheck{832, "the tree of what is not there is one failure", whatIsNotThereFails},
     HostCheck{833, "a connection goes on after a tree", aTreeEndsCleanly},
-    HostCheck{834, "no tree leads out of a share", noTreeLeadsOut}};
+    HostCheck{834, "no tree leads out of a share", noTreeLeadsOut},
+    HostCheck{835, "a tree's names are in their order", namesAreInTheirOrder}};
 
 }  // namespace
 

@@ -59,6 +59,20 @@ void hostStall(HostForRun* host, const char* op, const char* path) {
   host->tree.answer(question(op, path), HostReply().stall());
 }
 
+void hostDelayList(HostForRun* host, const char* path, const char* child) {
+  tarnel::ControlResponse response;
+  response.entries = {host->tree.statusOf(std::string(path) + "/" + child)};
+  host->tree.answer(question("list", path), HostReply().stall().answer(TreeHost::lineOf(response)));
+}
+
+void hostDelayRead(HostForRun* host, const char* path, const char* base64) {
+  host->tree.answer(
+      question("read", path),
+      HostReply().stall().answer(R"({"status":"ok","dataBase64":")" + std::string(base64) + "\"}"));
+}
+
+void hostRelease(HostForRun* host) { host->tree.release(); }
+
 void hostRefuse(HostForRun* host, const char* op, const char* path, const char* message) {
   host->tree.answer(question(op, path), HostReply().answer(R"({"status":"error","message":")" +
                                                            std::string(message) + "\"}"));

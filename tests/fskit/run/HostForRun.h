@@ -21,6 +21,10 @@ void hostRemove(HostForRun* host, const char* path);
 void hostLimitChunks(HostForRun* host, size_t bytes);
 // From now on this question is never answered. op: "stat", "list" or "read".
 void hostStall(HostForRun* host, const char* op, const char* path);
+// The next answers to these wait for hostRelease, and are the usual ones then.
+void hostDelayList(HostForRun* host, const char* path, const char* child);
+void hostDelayRead(HostForRun* host, const char* path, const char* base64);
+void hostRelease(HostForRun* host);
 // From now on this question is refused with this message.
 void hostRefuse(HostForRun* host, const char* op, const char* path, const char* message);
 void hostAnswerAsUsual(HostForRun* host);

@@ -62,6 +62,33 @@ void unloadingEndsWhatWaitsAndRepliesComeAfterwards(HostForRun* host) {
   }));
 }
 
+void aBufferAndAPackerLiveUntilTheirReplies(HostForRun* host) {
+  TarnelVolume* const volume = loadedVolume(host);
+  FSItem* const docs = itemAt(volume, @"me/Docs");
+  FSItem* const file = itemAt(volume, @"me/Docs/a.txt");
+  hostDelayList(host, "me/Docs", "a.txt");
+  hostDelayRead(host, "me/Docs/a.txt", "aGVsbG8=");
+  Call* listed = nil;
+  Call* read = nil;
+  @autoreleasepool {
+    listed = [enumerate(volume, docs, 0, 0, -1, packerOf(9)) retain];
+    read = [readBytes(volume, file, 0, 5, bufferOf(5)) retain];
+  }
+  // The caller has let go of both.
+  EXPECT(hostWaitUntilAsked(host, "list", "me/Docs", 1));
+  EXPECT(hostWaitUntilAsked(host, "read", "me/Docs/a.txt", 1));
+  EXPECT(fakeLiving(fakePacker) == 1 && fakeLiving(fakeBuffer) == 1);
+  hostRelease(host);
+  expectSuccess(listed);
+  expectSuccess(read);
+  EXPECT(listed->number != 0 && read->number == 5);
+  [listed release];
+  [read release];
+  EXPECT(eventually(^{
+    return (bool)(fakeLiving(fakePacker) == 0 && fakeLiving(fakeBuffer) == 0);
+  }));
+}
+
 void nothingIsLeftOfAVolume(HostForRun* host) {
   @autoreleasepool {
     TarnelFileSystem* const fileSystem = fileSystemAt(host);

@@ -1,0 +1,2 @@
+// The file system knows no adapter.
+#include "fskit/TarnelCore.h"

@@ -28,6 +28,7 @@ add_library(
   run/Planted.m
   run/Reads.m
   run/Refusals.m
+  run/SurfaceSpy.m
   run/System.m
   run/Threads.m
   run/main.m)
@@ -59,6 +60,7 @@ target_include_directories(
 add_executable(fskit_run run/BadCoreForRun.cpp run/HostForRun.cpp ../support/TreeHost.cpp)
 set_target_properties(fskit_run PROPERTIES LINKER_LANGUAGE CXX)
 target_include_directories(fskit_run PRIVATE run)
+target_link_options(fskit_run PRIVATE -Wl,--wrap=tarnelVolumeEnumerate)
 # The blocks runtime first: GNUstep's library has a way of copying blocks that copies nothing.
 target_link_libraries(
   fskit_run PRIVATE fskit_objc TarnelFSKitCore tarnel_test_support tarnel_options GTest::gtest

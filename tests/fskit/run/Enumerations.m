@@ -1,4 +1,5 @@
 #import "Scenarios.h"
+#import "SurfaceSpy.h"
 
 enum { files = 7 };
 
@@ -83,6 +84,20 @@ void namesAloneBringTheDotEntries(HostForRun* host) {
     expectSuccess(enumerate(volume, item, 0, 0, allWanted, made));
     EXPECT([namesIn(made) isEqual:([path length] == 0 ? @[ @"me" ] : @[ @"Docs" ])]);
   }
+}
+
+void theInitialConstantsAreTheCoresZero(HostForRun* host) {
+  TarnelVolume* const volume = loadedVolume(host);
+  FSItem* const directory = itemAt(volume, @"me/Docs");
+  expectSuccess(enumerate(volume, directory, FSDirectoryCookieInitial, FSDirectoryVerifierInitial,
+                          -1, packerOf(9)));
+  EXPECT(spiedCookie() == 0 && spiedVerifier() == 0);
+  // Nothing else is.
+  expectKitError(enumerate(volume, directory, FSDirectoryVerifierInitial, FSDirectoryCookieInitial,
+                           -1, packerOf(9)),
+                 4506);
+  EXPECT(spiedCookie() == FSDirectoryVerifierInitial);
+  EXPECT(spiedVerifier() == FSDirectoryCookieInitial);
 }
 
 void aStaleCookieIsTheSystemsOwnError(HostForRun* host) {

@@ -22,6 +22,32 @@ void aReclaimedItemComesBackAsANewObject(HostForRun* host) {
   EXPECT(volume.liveItems == 4);
 }
 
+static void keepHandle(void* context, TarnelError error, TarnelCoreItem* item) {
+  EXPECT(error.domain == tarnelNoError);
+  *(TarnelCoreItem**)context = item;
+}
+
+// What a lookup does that had its answer from the core just before the item was reclaimed.
+void aLateReclaimForgetsOnlyItsOwnObject(HostForRun* host) {
+  (void)host;
+  TarnelCoreVolume* const core = badCore();
+  TarnelCoreItem* early = NULL;
+  TarnelCoreItem* late = NULL;
+  tarnelVolumeActivate(core, keepHandle, &early);
+  tarnelVolumeActivate(core, keepHandle, &late);
+  TarnelItemTable* const table = [[[TarnelItemTable alloc] init] autorelease];
+  TarnelItem* const reclaimed = [table itemForCore:early];
+  [table forget:reclaimed];
+  EXPECT([table count] == 0);
+  TarnelItem* const made = [table itemForCore:late];
+  EXPECT(made != reclaimed);
+  [table forget:reclaimed];
+  EXPECT([table count] == 1);
+  [table forget:made];
+  EXPECT([table count] == 0);
+  tarnelVolumeRelease(core);
+}
+
 static NSArray* waitingCalls(HostForRun* host, TarnelVolume* volume) {
   FSItem* const docs = itemAt(volume, @"me/Docs");
   FSItem* const file = itemAt(volume, @"me/Docs/a.txt");

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tarnel {
@@ -54,8 +55,11 @@ using CodePoints = std::vector<utf8proc_int32_t>;
 
 constexpr auto composing = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_COMPOSE);
 
+constexpr auto folding = static_cast<utf8proc_option_t>(UTF8PROC_STABLE | UTF8PROC_DECOMPOSE |
+                                                        UTF8PROC_CASEFOLD | UTF8PROC_IGNORE);
+
 // The canonical decomposition, its marks not yet in order; nullopt when the text is not UTF-8.
-std::optional<CodePoints> decomposed(std::string_view text) {
+std::optional<CodePoints> decomposed(std::string_view text, utf8proc_option_t options) {
   CodePoints points;
   points.reserve(text.size() + 1);
   const auto* at = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
@@ -68,7 +72,7 @@ std::optional<CodePoints> decomposed(std::string_view text) {
     at += read;
     std::array<utf8proc_int32_t, 16> parts;  // no character has more than four
     const utf8proc_ssize_t count =
-        utf8proc_decompose_char(point, parts.data(), parts.size(), composing, &unused);
+        utf8proc_decompose_char(point, parts.data(), parts.size(), options, &unused);
     points.insert(points.end(), parts.begin(), parts.begin() + count);
   }
   return points;
@@ -90,6 +94,14 @@ void orderMarks(CodePoints& points) {
     }
     at = std::find_if(runEnd, end, isMark);
   }
+}
+
+std::string encoded(CodePoints points, utf8proc_option_t options) {
+  const auto count = static_cast<utf8proc_ssize_t>(points.size());
+  points.push_back(0);  // room for the zero that ends the UTF-8, written in the points' own memory
+  const utf8proc_ssize_t length = utf8proc_reencode(points.data(), count, options);
+  return std::string(reinterpret_cast<const char*>(points.data()),
+                     static_cast<std::size_t>(length));
 }
 
 }  // namespace
@@ -131,14 +143,15 @@ std::string repairedUtf8(std::string_view text) {
 // name grows with the square of its length; these are its steps, with a sort in place of that one.
 std::string composed(std::string_view text) {
   if (isAscii(text)) return std::string(text);
-  auto points = decomposed(text);
+  auto points = decomposed(text, composing);
   if (!points) return std::string(text);  // not UTF-8
   orderMarks(*points);
-  const auto count = static_cast<utf8proc_ssize_t>(points->size());
-  points->push_back(0);  // room for the zero that ends the UTF-8, written in the points' own memory
-  const utf8proc_ssize_t length = utf8proc_reencode(points->data(), count, composing);
-  return std::string(reinterpret_cast<const char*>(points->data()),
-                     static_cast<std::size_t>(length));
+  return encoded(std::move(*points), composing);
+}
+
+std::string caseFolded(std::string_view text) {
+  auto points = decomposed(text, folding);
+  return points ? encoded(std::move(*points), folding) : std::string(text);
 }
 
 bool textEqual(std::string_view a, std::string_view b) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <string>
 
+#include "control/Text.h"
+
 namespace tarnel {
 namespace {
 
@@ -43,9 +45,7 @@ bool endsInOneOf(const std::array<std::string_view, count>& all, std::string_vie
                      [&](std::string_view ending) { return text.ends_with(ending); });
 }
 
-}  // namespace
-
-bool isSecretName(std::string_view name) {
+bool isSecret(std::string_view name) {
   // Only the ends matter, so a long name costs no more than a short one.
   const std::size_t kept = std::min(name.size(), longest);
   std::array<char, longest> memory;
@@ -59,6 +59,14 @@ bool isSecretName(std::string_view name) {
                              std::equal(environment.begin(), environment.end(), name.begin(),
                                         [](char expected, char c) { return expected == lower(c); });
   return isEnvironment && !endsInOneOf(examples, tail);
+}
+
+}  // namespace
+
+bool isSecretName(std::string_view spelled) {
+  // Where the file system ignores case, other letters than those of ASCII can lead to such a name.
+  if (!isAscii(spelled)) return isSecret(caseFolded(spelled));
+  return isSecret(spelled);
 }
 
 }  // namespace tarnel

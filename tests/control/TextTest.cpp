@@ -75,6 +75,16 @@ TEST(Text, asciiIsToldAtEveryPlace) {
   }
 }
 
+TEST(Text, foldedTextsAreWhatAFileSystemWithoutCaseReads) {
+  EXPECT_EQ(caseFolded(""), "");
+  EXPECT_EQ(caseFolded("A.Key"), "a.key");
+  EXPECT_EQ(caseFolded("\u017f\u212a"), "sk");      // long s, Kelvin
+  EXPECT_EQ(caseFolded(".\u00dfh"), ".ssh");        // sharp s
+  EXPECT_EQ(caseFolded("s\u200bs\u00adh"), "ssh");  // without appearance
+  EXPECT_EQ(caseFolded("\u00c9"), "e\u0301");       // decomposed: no "e"
+  EXPECT_EQ(caseFolded("A\xff"), "A\xff");
+}
+
 TEST(Text, composedFormIsReachedInOneStep) {
   EXPECT_EQ(composed("e\u0301"), "\u00e9");
   EXPECT_EQ(composed(composed("a\u0307\u0323")), composed("a\u0307\u0323"));

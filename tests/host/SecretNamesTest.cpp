@@ -43,6 +43,15 @@ TEST(SecretNames, namesThatStandForSecretsAreFoundInAnyCase) {
   }
 }
 
+TEST(SecretNames, lettersThatFoldToThoseOfASecretHideItToo) {
+  for (const auto* name :
+       {".\u017f\u017fh", ".\u00dfh", "server.\u212aEY", ".e\u200bnv", "\u0441ертификат.PEM"}) {
+    EXPECT_TRUE(isSecretName(name)) << name;
+  }
+  EXPECT_FALSE(isSecretName(".\u00e9nv"));
+  EXPECT_FALSE(isSecretName("\u0441ертификат.txt"));
+}
+
 TEST(SecretNames, otherNamesAreNone) {
   for (const auto* name : {"",
                            "env",

@@ -1,6 +1,7 @@
 """Copies of the large file and of the tree of small files: `tarnel get` beside its peers, and for the
 large file a floor. Source and destination are on one file system; every copy goes to a new folder and is
-compared with its source, outside the clock."""
+compared with its source, outside the clock. Copies of many files stay until the end: some file systems
+are slow to make files for minutes after many were removed, and whoever came next would pay for it."""
 
 import contextlib
 import os
@@ -138,6 +139,14 @@ def measure(options, state, expected, say):
     """Seconds of every round by (source, copier's name)."""
     results = {}
     fields = copiers(options, state)
+    try:
+        rounds(options, fields, state, expected, results, say)
+    finally:
+        shutil.rmtree(state.target, ignore_errors=True)
+    return fields, results
+
+
+def rounds(options, fields, state, expected, results, say):
     for turn in range(options.rounds):
         caches.warm(expected.root)
         for source in (LARGE, SMALL):
@@ -145,14 +154,14 @@ def measure(options, state, expected, say):
             for copier in fields[first:] + fields[:first]:
                 if copier.large_only and source != LARGE:
                     continue
-                seconds = once(copier, source, state, expected)
+                folder = state.target / f"{len(results)}-{turn}-{fields.index(copier)}-{source}"
+                seconds = once(copier, source, folder, state, expected)
                 results.setdefault((source, copier.name), []).append(seconds)
                 say(f"  copy {source}: {copier.name} {seconds:.3f} s")
-    return fields, results
 
 
-def once(copier, source, state, expected):
-    state.target.mkdir(parents=True)
+def once(copier, source, folder, state, expected):
+    folder.mkdir(parents=True)
     os.sync()  # what others wrote is not this copier's
     caches.touch_free_memory(expected)
     try:
@@ -162,11 +171,12 @@ def once(copier, source, state, expected):
                 state.mount = stack.enter_context(server.mounted()).root
             elif isinstance(copier, Get):
                 stack.enter_context(host(state))
-            seconds = copier.time(source, state.target / "copy")
-        check(source, state.target / "copy", expected)
+            seconds = copier.time(source, folder / "copy")
+        check(source, folder / "copy", expected)
         return seconds
     finally:
-        shutil.rmtree(state.target, ignore_errors=True)
+        if source == LARGE:
+            shutil.rmtree(folder, ignore_errors=True)
 
 
 def check(source, copy, expected):

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <utility>
 
 #include "control/ControlClient.h"
 #include "control/ControlResponse.h"
@@ -74,7 +75,9 @@ std::optional<std::size_t> FolderListing::find(std::string_view wanted) {
   if (sorted.empty()) {
     sorted.resize(entries.size());
     std::iota(sorted.begin(), sorted.end(), 0U);
-    std::ranges::stable_sort(sorted, {}, [&](std::uint32_t index) { return name(index); });
+    std::ranges::sort(sorted, [&](std::uint32_t a, std::uint32_t b) {
+      return std::pair(name(a), a) < std::pair(name(b), b);
+    });
   }
   const auto found = std::ranges::lower_bound(sorted, wanted, {},
                                               [&](std::uint32_t index) { return name(index); });

@@ -86,7 +86,7 @@ CopyResult<void> TreeCopy::takeHeader(std::size_t bytes) {
   header = std::move(*decoded);
   if (header.size < 0) return broken("a negative size");
   const bool isFile = header.kind == TreeHeader::Kind::file;
-  current.emplace().left = isFile ? header.size : 0;
+  current.emplace(isFile ? header.size : 0);
   emptyFrames = 0;
   if (const auto parsed = parseEntryPath(header.relpath, entryPath); !parsed) {
     failEntry(parsed.error());

@@ -37,7 +37,8 @@ class TreeCopy {
 
   // What the stream is about to bring.
   struct Current {
-    std::int64_t left = 0;             // bytes announced and not yet here
+    explicit Current(std::int64_t bytes) : left(bytes) {}
+    std::int64_t left;                 // bytes announced and not yet here
     std::optional<IncomingFile> file;  // absent: what comes is dropped
     bool isTold = false;               // its failure was told, or it is none
   };

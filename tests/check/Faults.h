@@ -22,8 +22,8 @@ struct FaultCase {
     for (const char c : name) text += std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
     return text;
   }
-  friend std::ostream& operator<<(std::ostream& out, const FaultCase& fault) {
-    return out << fault.testName();
+  friend std::ostream& operator<<(std::ostream& out, const FaultCase& shown) {
+    return out << shown.testName();
   }
 };
 

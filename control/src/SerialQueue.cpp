@@ -19,9 +19,7 @@ SerialQueue::SerialQueue(std::string label) : state(std::make_shared<State>(std:
 
 SerialQueue::~SerialQueue() { state->work.close(); }
 
-void SerialQueue::post(std::function<void()> item) {
-  state->work.post(std::move(item));
-}
+void SerialQueue::post(std::function<void()> item) { state->work.post(std::move(item)); }
 
 bool SerialQueue::hasWaiting() const { return state->work.hasWaiting(); }
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "Commands.h"
@@ -16,14 +17,14 @@
 namespace tarnel {
 namespace {
 
-bool environmentHasSocket() {
+std::optional<std::string> socketOfEnvironment() {
   const char* const given = std::getenv("TARNEL_SOCKET");
-  return given != nullptr && *given != '\0';
+  if (given == nullptr || *given == '\0') return std::nullopt;
+  return given;
 }
 
 std::string defaultSocket() {
-  return environmentHasSocket() ? std::getenv("TARNEL_SOCKET")
-                                : TarnelControlSocket::path(::getuid());
+  return socketOfEnvironment().value_or(TarnelControlSocket::path(::getuid()));
 }
 
 void addSocket(CLI::App& command, std::string& socket) {
@@ -81,7 +82,7 @@ class CommandLine {
         ->take_all();
     command->add_option("DIR", host.folders, "Folders to share under their own names");
     command->callback([this, command] {
-      host.socketIsGiven = environmentHasSocket() || command->count("--socket") > 0;
+      host.socketIsGiven = socketOfEnvironment().has_value() || command->count("--socket") > 0;
       action = [this] { return runHost(host); };
     });
   }

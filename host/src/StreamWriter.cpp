@@ -29,8 +29,7 @@ void StreamWriter::frame(std::uint8_t tag, BytesView payload) {
   }
   if (payload.size() + headBytes > capacity - used) flush();
   writeHead(tag, payload.size());
-  std::memcpy(sink.fileBytes.data() + used, payload.data(), payload.size());
-  used += payload.size();
+  used += payload.copy(sink.fileBytes.data() + used, payload.size());
 }
 
 void StreamWriter::error(Refusal refusal) {

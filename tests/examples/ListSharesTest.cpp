@@ -8,9 +8,10 @@ namespace {
 
 TEST(ListShares, printsTheHostsOwnSharesAndThoseOfItsPeers) {
   ScriptedHost host;
-  host.expect(R"({"op":"shares"})")
-      .answer(R"({"status":"ok","shares":[{"name":"Docs","isRemote":false}],)"
-              R"("remoteShares":[{"peer":"alice","name":"Studio","isRemote":true}]})");
+  host.expect(
+      R"({"op":"shares"})",
+      HostReply().answer(R"({"status":"ok","shares":[{"name":"Docs","isRemote":false}],)"
+                         R"("remoteShares":[{"peer":"alice","name":"Studio","isRemote":true}]})"));
   const ProgramOutcome listed = listShares(host.path());
   EXPECT_EQ(listed.status, 0) << listed.err;
   EXPECT_EQ(listed.out, "me/Docs\nalice/Studio\n");
@@ -18,7 +19,7 @@ TEST(ListShares, printsTheHostsOwnSharesAndThoseOfItsPeers) {
 
 TEST(ListShares, aHostWithoutSharesOffersNone) {
   ScriptedHost host;
-  host.expect(R"({"op":"shares"})").answer(R"({"status":"ok"})");
+  host.expect(R"({"op":"shares"})", HostReply().answer(R"({"status":"ok"})"));
   const ProgramOutcome listed = listShares(host.path());
   EXPECT_EQ(listed.status, 0) << listed.err;
   EXPECT_EQ(listed.out, "");
@@ -26,7 +27,7 @@ TEST(ListShares, aHostWithoutSharesOffersNone) {
 
 TEST(ListShares, aHostThatHangsUpOrIsNotThereIsAFailure) {
   ScriptedHost host;
-  host.expect(R"({"op":"shares"})").hangUp();
+  host.expect(R"({"op":"shares"})", HostReply().hangUp());
   const ProgramOutcome hungUp = listShares(host.path());
   EXPECT_EQ(hungUp.status, 1);
   EXPECT_EQ(hungUp.err, "list-shares: connection to Tarnel closed\n");

@@ -27,7 +27,8 @@ Bytes end() { return ControlStreamFrame::encode(ControlStreamFrame::eof, ""); }
 
 TEST(ReadTree, printsEveryEntryAndTheTotals) {
   ScriptedHost host;
-  host.expect(request).send(file("a.txt", "hello") + dir("sub") + file("sub/b", "") + end());
+  host.expect(request,
+              HostReply().send(file("a.txt", "hello") + dir("sub") + file("sub/b", "") + end()));
   const ProgramOutcome read = readTree(host.path(), "me/Docs");
   EXPECT_EQ(read.status, 0) << read.err;
   EXPECT_EQ(read.out, "a.txt\nsub/\nsub/b\n3 entries, 5 bytes, 0 failed\n");
@@ -35,10 +36,12 @@ TEST(ReadTree, printsEveryEntryAndTheTotals) {
 
 TEST(ReadTree, whatFailedIsNamedAndTheRestIsRead) {
   ScriptedHost host;
-  host.expect(request).send(
-      TreeRecord::entry({.relpath = "closed", .kind = TreeHeader::Kind::dir, .error = "no way in"})
-          .frame() +
-      file("a", "x") + TreeRecord::fileFailed("gone").frame() + file("b", "yz") + end());
+  host.expect(request, HostReply().send(TreeRecord::entry({.relpath = "closed",
+                                                           .kind = TreeHeader::Kind::dir,
+                                                           .error = "no way in"})
+                                            .frame() +
+                                        file("a", "x") + TreeRecord::fileFailed("gone").frame() +
+                                        file("b", "yz") + end()));
   const ProgramOutcome read = readTree(host.path(), "me/Docs");
   EXPECT_EQ(read.status, 1);
   EXPECT_EQ(read.out, "closed/\na\nb\n3 entries, 3 bytes, 2 failed\n");
@@ -47,10 +50,10 @@ TEST(ReadTree, whatFailedIsNamedAndTheRestIsRead) {
 
 TEST(ReadTree, aStreamThatFailsOrMeansNothingIsAFailure) {
   ScriptedHost host;
-  host.expect(request).send(dir("a") +
-                            ControlStreamFrame::encode(ControlStreamFrame::error, "disk lost"));
-  host.expect(request).send(ControlStreamFrame::encode('?', ""));
-  host.expect(request).send(dir("a")).hangUp();
+  host.expect(request, HostReply().send(dir("a") + ControlStreamFrame::encode(
+                                                       ControlStreamFrame::error, "disk lost")));
+  host.expect(request, HostReply().send(ControlStreamFrame::encode('?', "")));
+  host.expect(request, HostReply().send(dir("a")).hangUp());
   EXPECT_EQ(readTree(host.path(), "me/Docs").err, "read-tree: disk lost\n");
   EXPECT_THAT(readTree(host.path(), "me/Docs").err, HasSubstr("means nothing"));
   const ProgramOutcome cut = readTree(host.path(), "me/Docs");
@@ -60,7 +63,8 @@ TEST(ReadTree, aStreamThatFailsOrMeansNothingIsAFailure) {
 
 TEST(ReadTree, aHostThatStreamsNoTreesSaysSo) {
   ScriptedHost host;
-  host.expect(request).answer(R"({"status":"error","message":"operation not served"})");
+  host.expect(request,
+              HostReply().answer(R"({"status":"error","message":"operation not served"})"));
   const ProgramOutcome read = readTree(host.path(), "me/Docs");
   EXPECT_EQ(read.status, 1);
   EXPECT_EQ(read.err, "read-tree: operation not served\n");

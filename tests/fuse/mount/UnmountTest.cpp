@@ -17,7 +17,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 // "within a second", and what a busy machine adds; a program under a sanitizer is slow to start.
-constexpr milliseconds aSecond{builtWithSanitizer ? 5000 : 2500};
+constexpr milliseconds aSecond{builtWithSanitizer ? 4000 : 1500};
 
 class UnmountTest : public ScriptedMountFixture {
  protected:

@@ -67,9 +67,9 @@ std::expected<ControlClient, UnixSocketError> ControlClient::connect(
 }
 
 void ControlClient::setDeadline(double seconds) {
-  const timeval time = socketTime(seconds);
-  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
-  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time);
+  deadline = socketTime(seconds);
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &deadline, sizeof deadline);
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &deadline, sizeof deadline);
 }
 
 std::expected<ControlResponse, ControlClientFailure> ControlClient::send(
@@ -136,6 +136,7 @@ std::expected<void, ControlClientError> ControlClient::writeAll(BytesView bytes)
 }
 
 std::expected<void, ControlClientError> ControlClient::refill() {
+  if (buffer.size() == 0 && !sleepUntilReadable(fd, deadline)) return nothingMoved();
   if (buffer.fill(fd) > 0) return {};
   return nothingMoved();
 }

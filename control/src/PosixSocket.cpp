@@ -1,6 +1,7 @@
 #include "control/PosixSocket.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -47,6 +48,15 @@ ssize_t writeWithoutSignal(int fd, BytesView bytes) {
   return ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
+bool sleepUntilReadable(int fd, timeval limit) {
+  pollfd watched{.fd = fd, .events = POLLIN, .revents = 0};
+  const timespec most{.tv_sec = limit.tv_sec, .tv_nsec = limit.tv_usec * 1000};
+  const bool unlimited = limit.tv_sec == 0 && limit.tv_usec == 0;
+  if (::ppoll(&watched, 1, unlimited ? nullptr : &most, nullptr) != 0) return true;
+  errno = EAGAIN;
+  return false;
+}
+
 bool peerIsTrusted(int fd) {
   ucred peer{};
   socklen_t length = sizeof peer;
@@ -90,6 +100,8 @@ void setNoSIGPIPE(int fd) {
 ssize_t writeWithoutSignal(int fd, BytesView bytes) {
   return ::write(fd, bytes.data(), bytes.size());
 }
+
+bool sleepUntilReadable(int, timeval) { return true; }  // read() does, with the socket's own limit
 
 bool peerIsTrusted(int fd) {
   uid_t uid = 0;

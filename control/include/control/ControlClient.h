@@ -8,6 +8,8 @@
 // Threads: one at a time; shutdownForAbort alone may come from another thread.
 #pragma once
 
+#include <sys/time.h>
+
 #include <expected>
 #include <optional>
 #include <string>
@@ -74,6 +76,7 @@ class ControlClient {
   [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> readResponse();
 
   int fd;  // closed by close() alone
+  timeval deadline{};
   ReceiveBuffer buffer;
 };
 

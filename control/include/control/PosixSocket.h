@@ -2,6 +2,7 @@
 // differences (close-on-exec at creation, broken-pipe signals, credentials of a peer).
 #pragma once
 
+#include <sys/time.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -38,6 +39,12 @@ struct Pipe {
 // True when the process at the other end runs as this process's user or as root. A peer that cannot
 // be told is not trusted.
 [[nodiscard]] bool peerIsTrusted(int fd);
+
+// To be called before a read() that is likely to wait. On Linux it sleeps until there is something to
+// tell (bytes, an end, an error), or returns false with errno EAGAIN when that took longer than the
+// limit, of which zero is none. A reader that sleeps in read() is woken there also when its peer
+// takes what it had sent, for nothing. Elsewhere it returns true at once, and read() does the waiting.
+[[nodiscard]] bool sleepUntilReadable(int fd, timeval limit);
 
 // True when at least one byte can be read now. Does not wait, does not read it, keeps errno.
 [[nodiscard]] bool hasReadableByte(int fd);

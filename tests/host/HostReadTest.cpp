@@ -17,7 +17,7 @@ namespace {
 class HostRead : public HostFixture {
  protected:
   // What the host reads, encodes and sends at a time.
-  static constexpr std::int64_t pieceBytes = 49'152;
+  static constexpr std::int64_t pieceBytes = 48'000;
 
   static Bytes dataOf(const std::optional<std::string>& line) {
     const auto response = ControlWire::decode<ControlResponse>(line.value_or(""));
@@ -206,7 +206,8 @@ TEST_F(HostRead, aFileThatShrinksBetweenPiecesIsAShortAnswer) {
 #if defined(__linux__)
 // This process's own memory as a file: it cannot be read where a mapping has no bytes behind it.
 TEST_F(HostRead, anErrorBehindTheFirstPieceIsAShortAnswerAndTheNextQuestionMeetsIt) {
-  const std::int64_t good = pieceBytes + 4 * ::sysconf(_SC_PAGESIZE);
+  const std::int64_t page = ::sysconf(_SC_PAGESIZE);
+  const std::int64_t good = (pieceBytes / page + 4) * page;
   const Bytes content = pattern(static_cast<std::size_t>(good));
   temp.file("backing", content);
   const UniqueFd backing(::open((temp / "backing").c_str(), O_RDONLY | O_CLOEXEC));

@@ -22,11 +22,10 @@ ControlChannelError channelError(const ControlClientError& error) {
 }
 
 struct FailedExchange {
-  using Result = std::expected<Bytes, ControlChannelFailure>;
-  Result operator()(const ControlClientError& error) const {
-    return std::unexpected(channelError(error));
+  ControlChannelFailure operator()(const ControlClientError& error) const {
+    return channelError(error);
   }
-  Result operator()(const EncodingError& error) const { return std::unexpected(error); }
+  ControlChannelFailure operator()(const EncodingError& error) const { return error; }
 };
 
 ControlChannelResult decodeResponse(const Bytes& line) {
@@ -69,35 +68,51 @@ void ControlChannel::request(ControlRequest request, double timeout, ControlChan
 
 void ControlChannel::perform(const ControlRequest& request, double timeout,
                              std::uint64_t startGeneration, const ControlChannelReply& reply) {
-  auto line = exchange(request, timeout, startGeneration);
+  const auto used = send(request, timeout, startGeneration);
+  giveOwed();  // while the host works on this request
+  auto line = used ? receive(*used) : std::unexpected(used.error());
   if (!line) return reply(std::unexpected(std::move(line.error())));
-  // A large answer is decoded elsewhere when another request waits for this thread, a very large
-  // one always: a request that comes a moment later would wait for it. Otherwise it is decoded
-  // here, which saves a hand-over between threads.
-  const bool isVeryLarge = line->size() > elsewhereDecodeBytes;
-  const bool isLarge = line->size() > inlineDecodeBytes;
-  if (decoders && (isVeryLarge || (isLarge && queue.hasWaiting()))) {
+  if (decoders && line->size() > elsewhereDecodeBytes) {
     decoders->post([line = std::move(*line), reply] { reply(decodeResponse(line)); });
-  } else {
-    reply(decodeResponse(*line));
+    return;
   }
+  owed = Answer{.line = std::move(*line), .reply = reply};
+  if (!queue.hasWaiting()) giveOwed();
 }
 
-std::expected<Bytes, ControlChannelFailure> ControlChannel::exchange(
+void ControlChannel::giveOwed() {
+  if (!owed) return;
+  const Answer answer = std::move(*owed);
+  owed.reset();
+  answer.reply(decodeResponse(answer.line));
+}
+
+std::expected<std::shared_ptr<ControlClient>, ControlChannelFailure> ControlChannel::send(
     const ControlRequest& request, double timeout, std::uint64_t startGeneration) {
   {
     MutexLock hold(lock);
     if (generation != startGeneration) return std::unexpected(ControlChannelError::disconnected);
   }
-  const auto connected = connectedClient();
+  auto connected = connectedClient();
   if (!connected) return std::unexpected(connected.error());
-  const std::shared_ptr<ControlClient>& used = *connected;
-  used->setDeadline(timeout);
-  auto line = used->exchange(request);
-  if (line) return std::move(*line);
+  (*connected)->setDeadline(timeout);
+  if (auto sent = (*connected)->sendRaw(request); !sent)
+    return std::unexpected(failed(*connected, sent.error()));
+  return std::move(*connected);
+}
+
+std::expected<Bytes, ControlChannelFailure> ControlChannel::receive(
+    const std::shared_ptr<ControlClient>& used) {
+  auto line = used->readLine();
+  if (!line) return std::unexpected(failed(used, line.error()));
+  return std::move(*line);
+}
+
+ControlChannelFailure ControlChannel::failed(const std::shared_ptr<ControlClient>& used,
+                                             const ControlExchangeFailure& failure) {
   // After the encoder's failure nothing was written: the connection is still in step and is kept.
-  if (!std::holds_alternative<EncodingError>(line.error())) teardown(used);
-  return std::visit(FailedExchange(), line.error());
+  if (!std::holds_alternative<EncodingError>(failure)) teardown(used);
+  return std::visit(FailedExchange(), failure);
 }
 
 std::expected<std::shared_ptr<ControlClient>, ControlChannelError>
@@ -140,7 +155,10 @@ void ControlChannel::cancelAll() {
   taken->shutdownForAbort();
   // Behind the running request: a descriptor is never closed, and its number never used again,
   // while a request still works with it.
-  queue.post([taken] { taken->close(); });
+  queue.post([self = shared_from_this(), taken] {
+    self->giveOwed();
+    taken->close();
+  });
 }
 
 }  // namespace tarnel

@@ -82,14 +82,6 @@ std::expected<ControlResponse, ControlClientFailure> ControlClient::send(
   return readResponse();
 }
 
-std::expected<Bytes, ControlExchangeFailure> ControlClient::exchange(
-    const ControlRequest& request) {
-  if (auto sent = sendRaw(request); !sent) return std::unexpected(sent.error());
-  auto line = readLine();
-  if (!line) return std::unexpected(line.error());
-  return std::move(*line);
-}
-
 std::expected<void, ControlExchangeFailure> ControlClient::sendRaw(const ControlRequest& request) {
   const auto frame = ControlWire::encode(request);
   if (!frame) return std::unexpected(frame.error());

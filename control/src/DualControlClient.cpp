@@ -14,8 +14,8 @@ bool isBulk(ControlOp op) {
 DualControlClient::DualControlClient(const std::string& socketPath, double metadataSeconds,
                                      double bulkSeconds, const std::string& label,
                                      std::shared_ptr<TaskPool> decoders)
-    : metadata(ControlChannel::make(socketPath, label + ".metadata", decoders)),
-      bulk(ControlChannel::make(socketPath, label + ".bulk", decoders)),
+    : metadata(ControlChannel::make(socketPath, label + ".metadata", std::move(decoders))),
+      bulk(ControlChannel::make(socketPath, label + ".bulk")),
       metadataTimeout(metadataSeconds),
       bulkTimeout(bulkSeconds) {}
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -317,6 +318,58 @@ TEST(ControlChannelErrors, haveFixedTexts) {
   EXPECT_EQ(description(ControlChannelError::disconnected), "control connection unavailable");
 }
 
+TEST_F(ControlChannelTest, anAnswerIsGivenAfterTheRequestBehindItIsWritten) {
+  host.expect(lineOf("first")).stall().answer(message("first"));
+  host.expect(lineOf("next")).answer(message("next"));
+  std::promise<bool> nextWasAtTheHost;
+  channel->request(statOf("first"), 20, [&](const ControlChannelResult& result) {
+    EXPECT_EQ(textOf(result), "first");
+    nextWasAtTheHost.set_value(host.waitForRequests(2));
+  });
+  ASSERT_TRUE(host.waitForRequests(1));
+  auto next = start(*channel, statOf("next"));
+  host.release();
+  EXPECT_TRUE(nextWasAtTheHost.get_future().get());
+  EXPECT_EQ(textOf(next.wait()), "next");
+}
+
+TEST_F(ControlChannelTest, anAnswerIsGivenWhileTheHostIsSilentAboutTheNextRequest) {
+  host.expect(lineOf("first")).stall().answer(message("first"));
+  host.expect(lineOf("next")).stall();
+  auto first = start(*channel, statOf("first"));
+  ASSERT_TRUE(host.waitForRequests(1));
+  auto next = start(*channel, statOf("next"));
+  host.release();
+  EXPECT_EQ(textOf(first.wait()), "first");
+  EXPECT_FALSE(next.isThere());
+  channel->cancelAll();
+  EXPECT_EQ(textOf(next.wait()), disconnected);
+}
+
+TEST_F(ControlChannelTest, aRequestThatCannotBeWrittenDoesNotKeepTheAnswerBeforeIt) {
+  host.expect(lineOf("first")).stall().answer(message("first"));
+  auto first = start(*channel, statOf("first"));
+  ASSERT_TRUE(host.waitForRequests(1));
+  auto next = start(*channel, statOf("not text \xff"));
+  host.release();
+  EXPECT_EQ(textOf(first.wait()), "first");
+  EXPECT_EQ(textOf(next.wait()), "encoding error");
+}
+
+TEST_F(ControlChannelTest, anAnswerThatOnlyACancellationWaitsBehindIsGiven) {
+  host.expect(lineOf("first")).stall().answer(message("first"));
+  host.expect(lineOf("next")).answer(message("next"));
+  // Given between the writing of the next request and the reading of its answer.
+  channel->request(statOf("first"), 20, [&](const ControlChannelResult&) {
+    EXPECT_TRUE(host.waitForSends(2));
+    channel->cancelAll();
+  });
+  ASSERT_TRUE(host.waitForRequests(1));
+  auto next = start(*channel, statOf("next"));
+  host.release();
+  EXPECT_EQ(textOf(next.wait()), "next");
+}
+
 // A channel whose large answers are decoded by a pool of one thread, which the test holds up.
 class ControlChannelDecoding : public testing::Test {
  protected:
@@ -325,8 +378,7 @@ class ControlChannelDecoding : public testing::Test {
   }
   ~ControlChannelDecoding() override { channel->cancelAll(); }
 
-  const std::string large = std::string(2 * ControlChannel::inlineDecodeBytes, 'x');
-  const std::string veryLarge = std::string(ControlChannel::elsewhereDecodeBytes, 'x');
+  const std::string large = std::string(ControlChannel::elsewhereDecodeBytes, 'x');
   std::promise<void> freePool;
   ScriptedHost host;
   std::shared_ptr<TaskPool> pool = std::make_shared<TaskPool>(1);
@@ -334,52 +386,38 @@ class ControlChannelDecoding : public testing::Test {
       ControlChannel::make(host.path(), "tests.channel", pool);
 };
 
-TEST_F(ControlChannelDecoding, aLargeAnswerIsDecodedBesideTheNextRequest) {
-  host.expect(lineOf("large")).stall().answer(message(large));
-  host.expect(lineOf("next")).answer(message("next"));
-  auto first = start(*channel, statOf("large"));
-  ASSERT_TRUE(host.waitForRequests(1));
-  auto next = start(*channel, statOf("next"));
-  host.release();
-  EXPECT_EQ(textOf(next.wait()), "next");
-  EXPECT_FALSE(first.isThere());
-  freePool.set_value();
-  EXPECT_EQ(textOf(first.wait()), large);
-}
-
-TEST_F(ControlChannelDecoding, aLargeAnswerAloneNeedsNoOtherThread) {
-  host.expect(stat).answer(message(large));
-  EXPECT_EQ(textOf(start(*channel, statRequest).wait()), large);
-  freePool.set_value();
-}
-
-TEST_F(ControlChannelDecoding, aVeryLargeAnswerIsDecodedElsewhereAlsoAlone) {
-  host.expect(lineOf("large")).answer(message(veryLarge));
+TEST_F(ControlChannelDecoding, aLargeAnswerIsDecodedElsewhere) {
+  host.expect(lineOf("large")).answer(message(large));
   host.expect(lineOf("next")).answer(message("next"));
   auto first = start(*channel, statOf("large"));
   ASSERT_TRUE(host.waitForSends(1));
   EXPECT_EQ(textOf(start(*channel, statOf("next")).wait()), "next");
   EXPECT_FALSE(first.isThere());
   freePool.set_value();
-  EXPECT_EQ(textOf(first.wait()), veryLarge);
+  EXPECT_EQ(textOf(first.wait()), large);
 }
 
-TEST_F(ControlChannelDecoding, withoutDecodersAVeryLargeAnswerIsDecodedByTheChannel) {
+TEST_F(ControlChannelDecoding, anAnswerThatIsNotLargeNeedsNoOtherThread) {
+  const std::string half = large.substr(0, large.size() / 2);
+  host.expect(stat).answer(message(half));
+  EXPECT_EQ(textOf(start(*channel, statRequest).wait()), half);
+  freePool.set_value();
+}
+
+TEST_F(ControlChannelDecoding, withoutDecodersALargeAnswerIsDecodedByTheChannel) {
   channel->cancelAll();
   channel = ControlChannel::make(host.path(), "tests.channel");
-  host.expect(stat).answer(message(veryLarge));
-  EXPECT_EQ(textOf(start(*channel, statRequest).wait()), veryLarge);
+  host.expect(stat).answer(message(large));
+  EXPECT_EQ(textOf(start(*channel, statRequest).wait()), large);
   freePool.set_value();
 }
 
 TEST_F(ControlChannelDecoding, aLargeLineThatIsNotAResponseKeepsTheConnection) {
-  host.expect(lineOf("large")).stall().answer(large);
+  host.expect(lineOf("large")).answer(large);
   host.expect(lineOf("next")).answer(message("next"));
   auto first = start(*channel, statOf("large"));
-  ASSERT_TRUE(host.waitForRequests(1));
-  auto next = start(*channel, statOf("next"));
-  host.release();
-  EXPECT_EQ(textOf(next.wait()), "next");
+  ASSERT_TRUE(host.waitForSends(1));
+  EXPECT_EQ(textOf(start(*channel, statOf("next")).wait()), "next");
   freePool.set_value();
   EXPECT_EQ(textOf(first.wait()), "decoding error");
   EXPECT_EQ(host.connections(), 1U);

@@ -4,6 +4,8 @@
 // The first request connects; so does the first one after a failure. There is no retry inside a
 // request, no back-off, no limit on reconnects. The caller never blocks: the reply comes later,
 // from the channel's thread or, for a large answer when decoders are given, from one of theirs.
+// When a request waits behind the running one, it is written as soon as the running one's answer
+// line is there; that line is decoded and replied while the host works.
 // Lifetime: nothing but a failure or cancelAll() closes the connection; the owner calls
 // cancelAll(). Threads: every operation from any thread.
 #pragma once
@@ -13,12 +15,14 @@
 #include <expected>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
 #include "control/Bytes.h"
 #include "control/CodingError.h"
+#include "control/ControlClient.h"
 #include "control/ControlRequest.h"
 #include "control/ControlResponse.h"
 #include "control/Mutex.h"
@@ -26,8 +30,6 @@
 #include "control/TaskPool.h"
 
 namespace tarnel {
-
-class ControlClient;
 
 enum class ControlChannelError { timedOut, disconnected };
 [[nodiscard]] std::string_view description(ControlChannelError error);
@@ -39,10 +41,8 @@ using ControlChannelReply = std::function<void(ControlChannelResult)>;
 
 class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
  public:
-  // With decoders, an answer line longer than the first is decoded by them when another request
-  // waits behind it, and one longer than the second always: a whole chunk of a file, a large
-  // listing.
-  static constexpr std::size_t inlineDecodeBytes = 16'384;
+  // With decoders, a longer answer line is decoded by them: a large listing, behind which other
+  // answers would wait.
   static constexpr std::size_t elsewhereDecodeBytes = 65'536;
 
   [[nodiscard]] static std::shared_ptr<ControlChannel> make(
@@ -60,13 +60,22 @@ class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
  private:
   ControlChannel(std::string socketPath, std::string label, std::shared_ptr<TaskPool> decoders);
 
+  struct Answer {
+    Bytes line;
+    ControlChannelReply reply;
+  };
+
   void perform(const ControlRequest& request, double timeout, std::uint64_t startGeneration,
                const ControlChannelReply& reply);
-  [[nodiscard]] std::expected<Bytes, ControlChannelFailure> exchange(const ControlRequest& request,
-                                                                     double timeout,
-                                                                     std::uint64_t startGeneration);
+  [[nodiscard]] std::expected<std::shared_ptr<ControlClient>, ControlChannelFailure> send(
+      const ControlRequest& request, double timeout, std::uint64_t startGeneration);
+  [[nodiscard]] std::expected<Bytes, ControlChannelFailure> receive(
+      const std::shared_ptr<ControlClient>& used);
+  [[nodiscard]] ControlChannelFailure failed(const std::shared_ptr<ControlClient>& used,
+                                             const ControlExchangeFailure& failure);
   [[nodiscard]] std::expected<std::shared_ptr<ControlClient>, ControlChannelError>
   connectedClient();
+  void giveOwed();
   void teardown(const std::shared_ptr<ControlClient>& used);
 
   const std::string socketPath;
@@ -75,6 +84,7 @@ class ControlChannel : public std::enable_shared_from_this<ControlChannel> {
   Mutex lock;  // guards client and generation; never held across I/O
   std::shared_ptr<ControlClient> client GUARDED_BY(lock);
   std::uint64_t generation GUARDED_BY(lock) = 0;
+  std::optional<Answer> owed;  // undecoded, while an item waits that gives it; the queue's thread
 };
 
 }  // namespace tarnel

@@ -33,7 +33,7 @@ struct ControlClientError {
 };
 [[nodiscard]] std::string description(const ControlClientError& error);
 
-// Until the answer's line is there, and with its decoding.
+// Until the request is written, and with the answer and its decoding.
 using ControlExchangeFailure = std::variant<ControlClientError, EncodingError>;
 using ControlClientFailure = std::variant<ControlClientError, EncodingError, DecodingError>;
 
@@ -50,12 +50,12 @@ class ControlClient {
   // One request, one response line, decoded.
   [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> send(
       const ControlRequest& request);
-  // The same without the decoding: the response line as it came.
-  [[nodiscard]] std::expected<Bytes, ControlExchangeFailure> exchange(
-      const ControlRequest& request);
-
-  // Writes a request whose answer is a stream; the caller goes on with streamRefusal or readFrame.
+  // Its two halves, for a caller who has something to do while the host works: write the request,
+  // then wait for the response line, which is returned as it came.
   [[nodiscard]] std::expected<void, ControlExchangeFailure> sendRaw(const ControlRequest& request);
+  [[nodiscard]] std::expected<Bytes, ControlClientError> readLine();
+
+  // After sendRaw of a request whose answer is a stream, these instead of readLine.
   [[nodiscard]] std::expected<StreamFrame, ControlClientError> readFrame();
   // Waits for a stream's first byte. A host that does not serve the operation at all answers with a
   // line of JSON instead of frames, and no tag begins such a line: then its response, and the
@@ -72,7 +72,6 @@ class ControlClient {
  private:
   [[nodiscard]] std::expected<void, ControlClientError> writeAll(BytesView bytes);
   [[nodiscard]] std::expected<void, ControlClientError> refill();
-  [[nodiscard]] std::expected<Bytes, ControlClientError> readLine();
   [[nodiscard]] std::expected<ControlResponse, ControlClientFailure> readResponse();
 
   int fd;  // closed by close() alone

@@ -19,21 +19,39 @@ bool available() {
   return has;
 }
 
-TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
-  constexpr std::size_t step = 32;
-  // Two places for each character: the even one for a backslash, which only a slash keeps, the odd
-  // one for the character itself.
+// Where 32 characters go when each slash among them takes two places, a backslash before its own:
+// one bit for each place, set for a character.
+TARNEL_VBMI2 std::uint64_t placesOf(std::uint32_t slashes) {
+  // Two bits for each character: the odd one its own, the even one a backslash's, kept for a slash.
   constexpr std::uint64_t characters = 0xAAAAAAAAAAAAAAAAu;
   constexpr std::uint64_t backslashes = 0x5555555555555555u;
-  for (; i + step <= text.size(); i += step) {
-    const __m256i block = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text.data() + i));
-    const std::uint32_t slashes = _mm256_cmpeq_epi8_mask(block, _mm256_set1_epi8('/'));
-    const std::uint64_t kept = characters | _pdep_u64(slashes, backslashes);
-    const __m512i pairs =
-        _mm512_or_si512(_mm512_slli_epi16(_mm512_cvtepu8_epi16(block), 8), _mm512_set1_epi16('\\'));
-    // 64 bytes for 32: within twice the text, since no more than twice the done part is before it.
-    _mm512_storeu_si512(to, _mm512_maskz_compress_epi8(kept, pairs));
-    to += step + std::popcount(slashes);
+  return _pext_u64(characters, characters | _pdep_u64(slashes, backslashes));
+}
+
+TARNEL_VBMI2 char* escapeAll(std::string_view text, std::size_t& i, char* to) {
+  // A step fills at most 64 places: with 56 characters when they fit, as they nearly always do, and
+  // else with 32.
+  constexpr std::size_t step = 64;
+  constexpr int few = 32;
+  constexpr int many = 56;
+  while (i + step <= text.size()) {
+    const __m512i block = _mm512_loadu_si512(text.data() + i);
+    const std::uint64_t slashes = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('/'));
+    const auto firstSlashes = static_cast<std::uint32_t>(slashes);
+    const auto laterSlashes = static_cast<std::uint32_t>(slashes >> few);
+    std::uint64_t places = placesOf(firstSlashes);
+    int taken = few;
+    int filled = few + std::popcount(firstSlashes);
+    const int filledByMany = many + std::popcount(slashes << (64 - many));
+    if (filledByMany <= 64) {
+      places |= placesOf(laterSlashes) << filled;
+      taken = many;
+      filled = filledByMany;
+    }
+    // 64 bytes: within twice the text, since no more than twice the done part is before it.
+    _mm512_storeu_si512(to, _mm512_mask_expand_epi8(_mm512_set1_epi8('\\'), places, block));
+    i += static_cast<std::size_t>(taken);
+    to += filled;
   }
   return to;
 }

@@ -1,5 +1,3 @@
-#include "control/PosixSocket.h"
-
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -8,6 +6,8 @@
 #include <cerrno>
 #include <chrono>
 #include <thread>
+
+#include "control/PosixSocket.h"
 
 namespace tarnel::test {
 namespace {

@@ -66,7 +66,7 @@ std::string withSlashes(std::mt19937& random, std::size_t length, unsigned often
 TEST_P(SlashEscape, everyLengthIsEscapedByTheDefinitionAndCopiedBack) {
   std::mt19937 random(1);
   for (std::size_t length = 0; length <= 400; ++length) {
-    for (const unsigned often : {1U, 2U, 3U, 64U, 1'000'000U}) {
+    for (const unsigned often : {1U, 2U, 3U, 7U, 64U, 1'000'000U}) {
       const std::string text = withSlashes(random, length, often);
       const std::string escapedText = escaped(text);
       ASSERT_EQ(escapedText, byTheDefinition(text)) << length;

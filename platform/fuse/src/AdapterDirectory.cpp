@@ -34,6 +34,13 @@ std::size_t leaveOutLongNames(std::vector<FabricChild>& children) {
   });
 }
 
+// ENOENT from readdir(2) is what an open folder that was removed says, and a C library takes it for
+// the folder's end: one that cannot be listed would look empty.
+int listingErrno(const FabricFailure& error) {
+  const int number = systemErrno(volumeError(error));
+  return number == ENOENT ? EIO : number;
+}
+
 struct stat typeOnly(std::uint64_t id, bool isDirectory) {
   struct stat made{};
   made.st_ino = id;
@@ -74,7 +81,7 @@ void Adapter::readdir(fuse_req_t request, std::size_t size, off_t offset,
   const auto pending = PendingRequest::make(shared_from_this(), request);
   takeSnapshot(handle->directory, [self = shared_from_this(), pending, handle, size, offset,
                                    kind](FabricSource::Result<SnapshotPointer> taken) {
-    if (!taken) return pending->fail(systemErrno(volumeError(taken.error())));
+    if (!taken) return pending->fail(listingErrno(taken.error()));
     if (!pending->claim()) return;
     handle->replace(*taken);
     self->replyWithEntries(pending->request(), *handle, **taken, size, offset, kind);

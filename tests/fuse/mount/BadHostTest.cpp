@@ -107,6 +107,19 @@ TEST_F(BadHostTest, anAnswerWithoutItsPayloadIsARefusal) {
   }
 }
 
+// readdir(3) takes ENOENT for the end.
+TEST_F(BadHostTest, aListingThatIsRefusedIsNoEmptyFolder) {
+  mountTree();
+  const std::pair<const char*, int> answers[] = {
+      {R"({"status":"ok"})", EIO},
+      {R"({"status":"error","message":"no such file"})", EIO},
+      {R"({"status":"error","message":"not a directory"})", ENOTDIR}};
+  for (const auto& [line, error] : answers) {
+    host.answer({.op = ControlOp::list, .path = "me/Docs/d"}, HostReply().answer(line));
+    EXPECT_EQ(named(listError(at("d"))), named(error)) << line;
+  }
+}
+
 TEST_F(BadHostTest, aPayloadCountsEvenWithARefusal) {
   std::string line = escapedStatus("");
   line.replace(line.find("\"ok\""), 4, "\"error\"");

@@ -57,6 +57,8 @@ CopyResult<FolderListing*> CopySource::list(const std::string& path, double dead
   if (found == kept.end()) {
     auto line = question(questions, {.op = ControlOp::list, .name = path}, deadline,
                          ControlWire::maxFrameBytes);
+    // Whoever had less patience does not speak for the others.
+    if (!line && deadline < questionDeadline) return std::unexpected(line.error());
     // A host that hung up is not asked again about this folder; the next one tries anew.
     kept.push_front(
         {.path = path,

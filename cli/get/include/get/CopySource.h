@@ -2,7 +2,8 @@
 // has to be known meanwhile, so that a question never waits for a stream's end.
 //
 // Listings of the folders that were asked about last are kept, at most maxListingMemory bytes besides
-// the newest; one that was given up is asked for again.
+// the newest; one that was given up is asked for again. So are refusals, but not what failed under a
+// shorter deadline than questionDeadline.
 // Threads: one; the Interruption wakes it.
 #pragma once
 

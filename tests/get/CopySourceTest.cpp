@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include "get/CopySource.h"
+#include "support/TreeHost.h"
+
+namespace tarnel::test {
+namespace {
+
+class CopySourceTest : public testing::Test {
+ protected:
+  static constexpr const char* docs = "me/Docs";
+  static constexpr double hasty = 0.05;
+  const TreeHost::Question listing{.op = ControlOp::list, .path = docs};
+
+  CopySourceTest() { host.file("me/Docs/a", "hello", 1'700'000'000'005); }
+
+  TreeHost host;
+  Interruption interruption;
+  CopySource source{host.path(), interruption};
+};
+
+TEST_F(CopySourceTest, aListingIsAskedForOnce) {
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
+  EXPECT_EQ(host.asked(listing), 1U);
+  EXPECT_EQ(host.asked(ControlOp::stat), 0U);
+}
+
+TEST_F(CopySourceTest, aListingThatIsRefusedIsAskedForOnce) {
+  host.answer(listing, HostReply().answer(R"({"status":"error","message":"permission denied"})"));
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
+  EXPECT_EQ(host.asked(listing), 1U);
+}
+
+TEST_F(CopySourceTest, aListingThatWasNotWaitedForIsAskedForAgain) {
+  host.answer(listing, HostReply().stall());
+  const auto impatient = source.list(docs, hasty);
+  ASSERT_FALSE(impatient);
+  EXPECT_EQ(impatient.error().error, ETIMEDOUT);
+  host.answerAsUsual();
+  EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
+}
+
+}  // namespace
+}  // namespace tarnel::test

@@ -41,7 +41,9 @@ int runHost(const HostArguments& arguments) {
   options.isOwnMount = ownMountTest();
   for (const std::string& text : arguments.shares) {
     const std::size_t equals = text.find('=');
-    if (equals == std::string::npos) return wrongUsage("--share wants NAME=DIR, not " + text);
+    if (equals == std::string::npos || equals + 1 == text.size()) {
+      return wrongUsage("--share wants NAME=DIR, not " + text);
+    }
     options.shares.push_back({.peer = std::string(localPeer),
                               .name = text.substr(0, equals),
                               .folder = text.substr(equals + 1)});
@@ -49,7 +51,7 @@ int runHost(const HostArguments& arguments) {
   for (const std::string& text : arguments.peers) {
     const std::size_t equals = text.find('=');
     const std::size_t slash = text.find('/');
-    if (equals == std::string::npos || slash == std::string::npos || slash > equals) {
+    if (equals == std::string::npos || equals + 1 == text.size() || slash > equals) {
       return wrongUsage("--peer wants PEER/NAME=DIR, not " + text);
     }
     options.shares.push_back({.peer = text.substr(0, slash),

@@ -27,9 +27,14 @@ std::string defaultSocket() {
   return socketOfEnvironment().value_or(TarnelControlSocket::path(::getuid()));
 }
 
+// No file has an empty name: an unset variable of a script is wrong usage, not a path to look for.
+const CLI::Validator notEmpty(
+    [](const std::string& text) { return text.empty() ? "cannot be empty" : std::string(); }, "");
+
 void addSocket(CLI::App& command, std::string& socket) {
   command.add_option("--socket", socket, "The host's control socket")
       ->type_name("PATH")
+      ->check(notEmpty)
       ->capture_default_str();
 }
 
@@ -41,7 +46,7 @@ void addVolumeOptions(CLI::App& command, VolumeArguments& arguments) {
 class CommandLine {
  public:
   int run(int argc, char** argv) {
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.set_help_all_flag("--help-all", "Help of every command");
     app.footer(
         "The socket is --socket, else the environment's TARNEL_SOCKET, else one for this user in "
@@ -60,13 +65,19 @@ class CommandLine {
     } catch (const CLI::CallForAllHelp& help) {
       return app.exit(help);
     } catch (const CLI::ParseError& error) {
-      fail(std::string(error.what()) + " (see `tarnel --help`)");
-      return usage;
+      return wrongUsage(error.what());
     }
-    return action();
+    return action ? action() : wrongUsage("a command is required");
   }
 
  private:
+  int wrongUsage(const std::string& what) {
+    std::string command = "tarnel";
+    for (const CLI::App* const named : app.get_subcommands()) command += " " + named->get_name();
+    fail(what + " (see `" + command + " --help`)");
+    return usage;
+  }
+
   // Options that may be given several times take one value each: what follows is another
   // argument's.
   void defineHost() {
@@ -80,7 +91,8 @@ class CommandLine {
         ->type_name("PEER/NAME=DIR")
         ->allow_extra_args(false)
         ->take_all();
-    command->add_option("DIR", host.folders, "Folders to share under their own names");
+    command->add_option("DIR", host.folders, "Folders to share under their own names")
+        ->check(notEmpty);
     command->callback([this, command] {
       host.socketIsGiven = socketOfEnvironment().has_value() || command->count("--socket") > 0;
       action = [this] { return runHost(host); };
@@ -101,7 +113,9 @@ class CommandLine {
     CLI::App* const withdraw = app.add_subcommand("unshare", "Have a running host share one less");
     addSocket(*withdraw, unshare.socket);
     withdraw->add_flag("--json", unshare.json, "One JSON object");
-    withdraw->add_option("NAME", unshare.name, "As `tarnel shares` lists it")->required();
+    withdraw->add_option("NAME", unshare.name, "As `tarnel shares` lists it")
+        ->required()
+        ->check(notEmpty);
     withdraw->callback([this] { action = [this] { return runUnshare(unshare); }; });
   }
 
@@ -116,7 +130,9 @@ class CommandLine {
         ->type_name("OPTIONS")
         ->allow_extra_args(false)
         ->take_all();
-    command->add_option("MOUNTPOINT", mount.mountpoint, "An empty folder")->required();
+    command->add_option("MOUNTPOINT", mount.mountpoint, "An empty folder")
+        ->required()
+        ->check(notEmpty);
     command->callback([this, command] {
       mount.socketIsGiven = command->count("--socket") > 0;
       action = [this] { return runMount(mount); };
@@ -126,7 +142,9 @@ class CommandLine {
   void defineUnmount() {
     CLI::App* const command = app.add_subcommand("unmount", "Unmount, whatever the host does");
     command->add_flag("--lazy", unmount.lazy, "Also while something of it is in use");
-    command->add_option("MOUNTPOINT", unmount.mountpoint)->required();
+    command->add_option("MOUNTPOINT", unmount.mountpoint, "Where the volume is mounted")
+        ->required()
+        ->check(notEmpty);
     command->callback([this] { action = [this] { return runUnmount(unmount); }; });
   }
 
@@ -143,12 +161,14 @@ class CommandLine {
 
     CLI::App* const stat = app.add_subcommand("stat", "Show one file's or folder's status");
     addVolumeOptions(*stat, volume);
-    stat->add_option("PATH", volume.paths)->required()->expected(1);
+    stat->add_option("PATH", volume.paths, "A path of the volume; / is its root")
+        ->required()
+        ->expected(1);
     stat->callback([this] { action = [this] { return runStat(volume); }; });
 
     CLI::App* const cat = app.add_subcommand("cat", "Write files to standard output");
     addSocket(*cat, volume.socket);
-    cat->add_option("PATH", volume.paths)->required();
+    cat->add_option("PATH", volume.paths, "Files, one behind the other")->required();
     cat->callback([this] { action = [this] { return runCat(volume); }; });
   }
 
@@ -167,13 +187,12 @@ class CommandLine {
     command->add_flag("--force", get.force, "Replace files that are in the way");
     command->add_flag("--resume", get.resume,
                       "Skip files that are whole: of the host's size and modification time");
-    command->add_option("PATH", get.paths, "Paths of the volume, then DEST: where to")
-        ->required()
-        ->expected(2, CLI::detail::expected_max_vector_size);
+    command->add_option("PATH", get.paths, "Paths of the volume, then DEST: where to")->required();
     command->footer(
         "DEST is a folder that exists, which takes each PATH under its last name, or the new name\n"
         "of the one PATH. A file appears under its name only when it is whole. What failed is\n"
-        "listed at the end; the rest is there. On a terminal a line tells how far the copy is.");
+        "listed at the end; the rest is there. On a terminal a line tells how far the copy is.\n" +
+        app.get_footer());
     command->callback([this] { action = [this] { return runGet(get); }; });
   }
 

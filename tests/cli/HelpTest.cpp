@@ -5,8 +5,8 @@ namespace tarnel::test {
 namespace {
 
 const std::vector<std::string>& commands() {
-  static const std::vector<std::string> all = {"host",  "share",  "unshare", "shares",
-                                               "ls",    "stat",   "cat",     "check-host",
+  static const std::vector<std::string> all = {"host",  "share",  "unshare",    "shares", "ls",
+                                               "stat",  "cat",    "check-host", "get",
 #if defined(__linux__)
                                                "mount", "unmount"
 #endif
@@ -30,6 +30,7 @@ TEST(Help, everyCommandHasItsOwn) {
     EXPECT_EQ(help.err, "") << command;
     EXPECT_THAT(help.out, HasSubstr("--help")) << command;
     EXPECT_THAT(help.out, HasSubstr(command == "unmount" ? "--lazy" : "--socket")) << command;
+    EXPECT_THAT(help.out, HasSubstr("Exit status")) << command;
   }
 }
 
@@ -39,12 +40,17 @@ TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
       {"frobnicate"},
       {"ls", "--frobnicate"},
       {"ls", "one", "two"},
+      {"ls", "--socket", ""},
       {"stat"},
       {"cat"},
       {"host"},
       {"host", "--share", "NoEquals"},
       {"host", "--peer", "bob=/tmp"},
+      {"host", "--peer", "bob/Docs="},
+      {"host", "--share", "Docs="},
       {"host", "--socket"},
+      {"host", "--socket", "a", "--socket", "b", "/tmp"},
+      {"host", ""},
       {"share"},
       {"share", "NoEquals"},
       {"share", "=/tmp"},
@@ -53,10 +59,15 @@ TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
       {"share", "--yes", "--force", "A=/tmp"},
       {"unshare"},
       {"unshare", "A", "B"},
+      {"unshare", ""},
+      {"get"},
+      {"get", "me/Docs"},
 #if defined(__linux__)
       {"mount"},
       {"mount", "a", "b"},
+      {"mount", ""},
       {"unmount"},
+      {"unmount", ""},
       {"mount", "-o", "rw", "/tmp"},
       {"mount", "-o", "ro,frobnicate", "/tmp"},
       {"mount", "-o", "attr_timeout=soon", "/tmp"},
@@ -66,6 +77,13 @@ TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     expectFailure(runTarnel(arguments), 2, "");
   }
+}
+
+TEST(Help, wrongUsageSaysWhatIsWrongAndWhichHelpToRead) {
+  expectFailure(runTarnel({}), 2, "a command is required (see `tarnel --help`)");
+  expectFailure(runTarnel({"frobnicate"}), 2, "frobnicate (see `tarnel --help`)");
+  expectFailure(runTarnel({"ls", "--frobnicate"}), 2, "--frobnicate (see `tarnel ls --help`)");
+  expectFailure(runTarnel({"ls", "--socket", ""}), 2, "--socket: cannot be empty");
 }
 
 }  // namespace

@@ -1,57 +1,42 @@
 // Probe, load and unload, and what each of them logs.
+#include <pwd.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 
-#include "VolumeTest.h"
-#include "fs/TarnelFileSystem.h"
-#include "support/MadeItem.h"
+#include "FileSystemTest.h"
 #include "support/ScriptedHost.h"
 
 namespace tarnel::test {
 namespace {
 
-class TestResource final : public Resource {
- public:
-  [[nodiscard]] std::string_view typeName() const override { return "TestResource"; }
-};
+class FileSystemLifecycle : public FileSystemTest {};
 
 std::int64_t wallClockMs() {
   using namespace std::chrono;
   return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-class FileSystemLifecycle : public testing::Test {
- protected:
-  FileSystemLifecycle() {
-    recording.setDebug(false);
-    recording.clear();
+// Puts a variable of the environment back as it was.
+class Environment {
+ public:
+  explicit Environment(const char* variable) : name(variable) {
+    if (const char* const value = std::getenv(variable)) before = value;
   }
-
-  std::shared_ptr<FabricVolume> load(TarnelFileSystem& fileSystem,
-                                     const TaskOptions& options = {}) const {
-    Awaited<TarnelFileSystem::VolumeReply> reply;
-    fileSystem.loadResource(resource, options, reply.reply());
-    auto [volume, error] = reply.wait();
-    EXPECT_EQ(error, std::nullopt);
-    return volume;
+  ~Environment() {
+    if (before) {
+      ::setenv(name, before->c_str(), 1);
+    } else {
+      ::unsetenv(name);
+    }
   }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
 
-  OptionalError unload(TarnelFileSystem& fileSystem) const {
-    Awaited<ErrorReply> reply;
-    fileSystem.unloadResource(resource, {}, reply.reply());
-    return std::get<0>(reply.wait());
-  }
-
-  // Makes the volume ask the host for a stat of me/Docs.
-  static void ask(const std::shared_ptr<FabricVolume>& volume, AttributesReply reply) {
-    const auto share = madeItem("me/Docs", 4, 3, false, std::nullopt);
-    volume->getAttributes(allAttributes, share, std::move(reply));
-  }
-
-  RecordingLog& recording = RecordingLog::installed();
-  TestResource resource;
+ private:
+  const char* const name;
+  std::optional<std::string> before;
 };
 
 ItemAttributes rootAttributes(FabricVolume& volume) {
@@ -95,13 +80,30 @@ TEST_F(FileSystemLifecycle, loadingWithOptionsLogsThemJoinedByBlanks) {
   EXPECT_EQ(recording.lines(), expected);
 }
 
+LogLine loadedFromHome(const std::string& home) {
+  return noticeLine("loaded: serving Tarnel over " + home +
+                    "/tarnel-control.sock (read-only volume)");
+}
+
 TEST_F(FileSystemLifecycle, takesItsSocketFromTheHomeAsItIsAtLoading) {
+  const Environment restored("HOME");
   TarnelFileSystem fileSystem;
   ASSERT_EQ(::setenv("HOME", "/home/of/somebody", 1), 0);
   (void)load(fileSystem);
-  EXPECT_EQ(recording.lines().back(),
-            noticeLine("loaded: serving Tarnel over /home/of/somebody/tarnel-control.sock "
-                       "(read-only volume)"));
+  EXPECT_EQ(recording.lines().back(), loadedFromHome("/home/of/somebody"));
+}
+
+TEST_F(FileSystemLifecycle, takesTheHomeOfTheUsersAccountWhenTheEnvironmentNamesNone) {
+  const Environment restored("HOME");
+  const passwd* const account = ::getpwuid(::getuid());
+  const std::string home = account != nullptr ? account->pw_dir : "/";
+  TarnelFileSystem fileSystem;
+  ASSERT_EQ(::setenv("HOME", "", 1), 0);
+  (void)load(fileSystem);
+  EXPECT_EQ(recording.lines().back(), loadedFromHome(home));
+  ASSERT_EQ(::unsetenv("HOME"), 0);
+  (void)load(fileSystem);
+  EXPECT_EQ(recording.lines().back(), loadedFromHome(home));
 }
 
 TEST_F(FileSystemLifecycle, theLoadedVolumeHasItsNameIdentityAndOwner) {
@@ -139,24 +141,75 @@ TEST_F(FileSystemLifecycle, eachLoadTellsThatItBecameReadyBeforeTheLoadedLine) {
   EXPECT_EQ(linesBefore, (std::vector<std::size_t>{1, 3}));
 }
 
+TEST_F(FileSystemLifecycle, aVolumeIsStoredBeforeItsLoadTellsThatItBecameReady) {
+  std::function<void()> whenReady;
+  TarnelFileSystem fileSystem("/nowhere.sock", [&] { whenReady(); });
+  whenReady = [&] { EXPECT_EQ(unload(fileSystem), std::nullopt); };
+  const std::weak_ptr<FabricVolume> volume = load(fileSystem);
+  EXPECT_TRUE(volume.expired());
+}
+
+TEST_F(FileSystemLifecycle, isReadyAndHasLoggedEverythingWhenLoadingReplies) {
+  TarnelFileSystem fileSystem("/nowhere.sock");
+  std::size_t lines = 0;
+  ContainerStatus status = ContainerStatus::notReady;
+  fileSystem.loadResource(resource, {}, [&](const std::shared_ptr<FabricVolume>&, OptionalError) {
+    lines = recording.lines().size();
+    status = fileSystem.containerStatus();
+  });
+  EXPECT_EQ(lines, 2u);
+  EXPECT_EQ(status, ContainerStatus::ready);
+}
+
+TEST_F(FileSystemLifecycle, hasLoggedWhenUnloadingReplies) {
+  TarnelFileSystem fileSystem("/nowhere.sock");
+  std::vector<LogLine> lines;
+  fileSystem.unloadResource(resource, {}, [&](OptionalError) { lines = recording.lines(); });
+  EXPECT_EQ(lines, std::vector<LogLine>{noticeLine("unloaded")});
+}
+
+// The log of the process looks at the file system while it is told a line.
+class ObservingLog final : public TextLog {
+ public:
+  [[nodiscard]] bool isDebugEnabled() const override { return false; }
+  void line(Level, const std::string& text) override { observe(text); }
+  std::function<void(const std::string&)> observe;
+};
+
+TEST_F(FileSystemLifecycle, saysWhatItDidOnlyAfterItDidIt) {
+  ScriptedHost host;
+  host.expect(R"({"op":"stat","name":"me\/Docs"})").stall();
+  TarnelFileSystem fileSystem(host.path());
+  Awaited<AttributesReply> running;
+  Awaited<AttributesReply> queued;
+  std::vector<std::string> seen;
+  static auto& observing = *new ObservingLog;  // late replies may log
+  observing.observe = [&](const std::string& text) {
+    if (text.starts_with("loaded: ")) {
+      EXPECT_EQ(fileSystem.containerStatus(), ContainerStatus::ready);
+    } else if (text == "unloaded") {
+      EXPECT_EQ(std::get<1>(queued.wait()), posixError(57));
+    } else {
+      return;
+    }
+    seen.push_back(text.substr(0, 6));
+  };
+  setLog(observing);
+  const auto volume = load(fileSystem);
+  ask(volume, running.reply());
+  ask(volume, queued.reply());
+  EXPECT_TRUE(host.waitForRequests(1));
+  EXPECT_EQ(unload(fileSystem), std::nullopt);
+  (void)running.wait();
+  setLog(recording);
+  EXPECT_EQ(seen, (std::vector<std::string>{"loaded", "unload"}));
+}
+
 TEST_F(FileSystemLifecycle, unloadingNothingLogsAndSucceeds) {
   TarnelFileSystem fileSystem("/nowhere.sock");
   EXPECT_EQ(unload(fileSystem), std::nullopt);
   EXPECT_EQ(recording.lines(), std::vector<LogLine>{noticeLine("unloaded")});
   EXPECT_EQ(fileSystem.containerStatus(), ContainerStatus::notReady);
-}
-
-TEST_F(FileSystemLifecycle, loadingMakesNoConnection) {
-  ScriptedHost host;
-  host.expect(R"({"op":"stat","name":"me\/Docs"})").answer(R"({"status":"ok"})");
-  TarnelFileSystem fileSystem(host.path());
-  const auto first = load(fileSystem);
-  const auto second = load(fileSystem);
-  Awaited<AttributesReply> reply;
-  ask(second, reply.reply());
-  EXPECT_EQ(std::get<1>(reply.wait()), posixError(2));
-  // Connections are counted as they are accepted, in order: an earlier one would be in the count.
-  EXPECT_EQ(host.connections(), 1u);
 }
 
 TEST_F(FileSystemLifecycle, aSecondLoadStoresANewVolumeOfTheSameIdentity) {
@@ -175,59 +228,6 @@ TEST_F(FileSystemLifecycle, aSecondLoadReleasesTheFirstVolume) {
   EXPECT_TRUE(first.expired());
   EXPECT_EQ(unload(fileSystem), std::nullopt);
   EXPECT_TRUE(second.expired());
-}
-
-TEST_F(FileSystemLifecycle, aSecondLoadAndItsUnloadDoNotCancelTheFirstVolume) {
-  ScriptedHost host;
-  host.expect(R"({"op":"stat","name":"me\/Docs"})").stall().answer(R"({"status":"ok"})");
-  TarnelFileSystem fileSystem(host.path());
-  const auto first = load(fileSystem);
-  Awaited<AttributesReply> waiting;
-  ask(first, waiting.reply());
-  ASSERT_TRUE(host.waitForRequests(1));
-
-  (void)load(fileSystem);
-  EXPECT_EQ(unload(fileSystem), std::nullopt);
-  EXPECT_FALSE(waiting.hasCome());
-  host.release();
-  EXPECT_EQ(std::get<1>(waiting.wait()), posixError(2));
-}
-
-TEST_F(FileSystemLifecycle, unloadingEndsWhatWaitsForTheHost) {
-  ScriptedHost host;
-  host.expect(R"({"op":"stat","name":"me\/Docs"})").stall();
-  TarnelFileSystem fileSystem(host.path());
-  const auto volume = load(fileSystem);
-  Awaited<AttributesReply> running;
-  Awaited<AttributesReply> queued;
-  ask(volume, running.reply());
-  ask(volume, queued.reply());
-  ASSERT_TRUE(host.waitForRequests(1));
-
-  EXPECT_EQ(unload(fileSystem), std::nullopt);
-  EXPECT_FALSE(std::get<0>(running.wait()));
-  // What had not started never reaches the host; a time-out of the first would let it.
-  EXPECT_EQ(std::get<1>(queued.wait()), posixError(57));
-  EXPECT_EQ(host.requests().size(), 1u);
-}
-
-TEST_F(FileSystemLifecycle, aHostThatStaysSilentIsATimeOutAfterFiveSeconds) {
-  ScriptedHost host;
-  host.expect(R"({"op":"stat","name":"me\/Docs"})").stall();
-  TarnelFileSystem fileSystem(host.path());
-  const auto volume = load(fileSystem);
-  const auto start = std::chrono::steady_clock::now();
-  Awaited<AttributesReply> waiting;
-  ask(volume, waiting.reply());
-  EXPECT_EQ(std::get<1>(waiting.wait()), posixError(60));
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4900));
-}
-
-TEST_F(FileSystemLifecycle, hasItsFixedLimitsAndLabel) {
-  EXPECT_EQ(TarnelFileSystem::metadataTimeout, 5.0);
-  EXPECT_EQ(TarnelFileSystem::bulkTimeout, 30.0);
-  EXPECT_EQ(TarnelFileSystem::clientLabel, "tarnel.fskit.control");
-  EXPECT_EQ(TarnelFileSystem::volumeName, "Tarnel");
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <cstdlib>
+#include <thread>
 
 #include "Commands.h"
 #include "Console.h"
@@ -12,6 +12,7 @@
 #include "HostAbsence.h"
 #include "control/ErrnoName.h"
 #include "control/JsonWriter.h"
+#include "control/Mutex.h"
 #include "control/Printable.h"
 #include "control/Text.h"
 #include "control/Thread.h"
@@ -44,7 +45,7 @@ class SignalWatch {
   void finish() {
     int number = 0;
     {
-      const std::lock_guard hold(lock);
+      MutexLock hold(lock);
       number = taken;
       isFinished = true;
     }
@@ -59,7 +60,7 @@ class SignalWatch {
     while (::sigwait(&ends, &number) != 0) {
     }
     {
-      const std::lock_guard hold(lock);
+      MutexLock hold(lock);
       if (isFinished) return;
       taken = number;
     }
@@ -71,9 +72,9 @@ class SignalWatch {
 
   Interruption& interruption;
   const sigset_t ends;
-  std::mutex lock;  // guards both below
-  int taken = 0;
-  bool isFinished = false;
+  Mutex lock;  // guards both below
+  int taken GUARDED_BY(lock) = 0;
+  bool isFinished GUARDED_BY(lock) = false;
 };
 
 std::string textOf(const std::string& text) { return isValidUtf8(text) ? text : printable(text); }

@@ -64,8 +64,8 @@ int runCheckHost(const CheckArguments& arguments) {
   };
   const CheckCounts counts = runHostChecks(arguments.socket, CheckLimits(), {}, report);
   if (!arguments.json && !outputClosed()) print(summary(counts));
-  if (outputFailed()) return fail("cannot write to standard output");
-  return counts.failed == 0 ? done : failed;
+  const int status = statusAfterPrinting();
+  return counts.failed == 0 ? status : failed;
 }
 
 }  // namespace tarnel

@@ -43,6 +43,6 @@ bool print(std::string_view text) {
 
 bool outputClosed() { return closed; }
 
-bool outputFailed() { return failedToWrite; }
+int statusAfterPrinting() { return failedToWrite ? fail("cannot write to standard output") : done; }
 
 }  // namespace tarnel

@@ -18,10 +18,12 @@ int fail(std::string_view message);
 [[nodiscard]] std::string shown(std::string_view text);
 
 // Writes all of it to standard output. False when nobody reads it any more, which is no failure, or
-// when it cannot be written, which is: see `outputFailed`.
+// when it cannot be written, which is: see statusAfterPrinting.
 bool print(std::string_view text);
-[[nodiscard]] bool outputFailed();
 // True once nothing more can be printed, for either reason.
 [[nodiscard]] bool outputClosed();
+
+// Of a command that has printed its results: done, or failed, which it tells, when that could not be.
+[[nodiscard]] int statusAfterPrinting();
 
 }  // namespace tarnel

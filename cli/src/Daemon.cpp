@@ -1,7 +1,6 @@
 #include "Daemon.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>

@@ -130,8 +130,8 @@ int runGet(const GetArguments& arguments) {
   signals.finish();
   if (arguments.json) printJson(report);
   printFailures(report);
-  if (outputFailed()) return fail("cannot write to standard output");
-  return report.failed() == 0 ? done : failed;
+  const int status = statusAfterPrinting();
+  return report.failed() == 0 ? status : failed;
 }
 
 }  // namespace tarnel

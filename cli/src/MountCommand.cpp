@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <expected>
@@ -17,6 +16,7 @@
 #include <optional>
 #include <string>
 
+#include "CommandResource.h"
 #include "Commands.h"
 #include "Console.h"
 #include "Daemon.h"
@@ -33,11 +33,6 @@
 
 namespace tarnel {
 namespace {
-
-class CommandResource final : public Resource {
- public:
-  [[nodiscard]] std::string_view typeName() const override { return "CommandResource"; }
-};
 
 using Checked = std::expected<std::string, std::string>;
 

@@ -102,15 +102,13 @@ std::optional<Found> find(const std::string& socket, const std::string& path) {
   return Found{std::move(*client), *item, *attributes};
 }
 
-int afterPrinting() { return outputFailed() ? fail("cannot write to standard output") : done; }
-
 int catOne(VolumeClient& client, const std::string& path) {
   const auto item = client.resolve(path);
   if (!item) return failOn(path, item.error());
   for (std::int64_t offset = 0;;) {
     const auto bytes = client.read(*item, offset);
     if (!bytes) return failOn(path, bytes.error());
-    if (bytes->empty() || !print(*bytes)) return afterPrinting();
+    if (bytes->empty() || !print(*bytes)) return statusAfterPrinting();
     offset += static_cast<std::int64_t>(bytes->size());
   }
 }
@@ -123,7 +121,7 @@ int runList(const VolumeArguments& arguments) {
   if (!found) return failed;
   if (found->attributes.type != ItemType::directory) {
     print(line(statOf(lastName(path), found->attributes), arguments));
-    return afterPrinting();
+    return statusAfterPrinting();
   }
   const auto entries = found->client->list(found->item);
   if (!entries) return failOn(path, entries.error());
@@ -132,7 +130,7 @@ int runList(const VolumeArguments& arguments) {
     text += line(statOf(entry.name, entry.attributes), arguments);
   }
   print(text);
-  return afterPrinting();
+  return statusAfterPrinting();
 }
 
 int runStat(const VolumeArguments& arguments) {
@@ -149,7 +147,7 @@ int runStat(const VolumeArguments& arguments) {
           "\ntime   " + timeText(stat.mtimeMs) + "\nid     " +
           std::to_string(found->attributes.fileID) + "\n");
   }
-  return afterPrinting();
+  return statusAfterPrinting();
 }
 
 int runCat(const VolumeArguments& arguments) {

@@ -2,7 +2,6 @@
 #include <optional>
 #include <string>
 #include <system_error>
-#include <utility>
 
 #include "Commands.h"
 #include "Console.h"
@@ -61,7 +60,7 @@ int tellShared(const ControlResponse& response, const Offer& offer, bool json, b
     }
     print(line + "\n");
   }
-  return outputFailed() ? fail("cannot write to standard output") : done;
+  return statusAfterPrinting();
 }
 
 // Nobody can be asked: say what to give instead of an answer.
@@ -149,7 +148,7 @@ int runUnshare(const UnshareArguments& arguments) {
   } else {
     print("no longer sharing me/" + shown(name) + "\n");
   }
-  return outputFailed() ? fail("cannot write to standard output") : done;
+  return statusAfterPrinting();
 }
 
 }  // namespace tarnel

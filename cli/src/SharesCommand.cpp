@@ -45,7 +45,7 @@ int runShares(const VolumeArguments& arguments) {
   for (const FabricShare& share : *listing) {
     if (!print(line(share, arguments.json))) break;
   }
-  return outputFailed() ? fail("cannot write to standard output") : done;
+  return statusAfterPrinting();
 }
 
 }  // namespace tarnel

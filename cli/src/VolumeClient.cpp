@@ -4,17 +4,12 @@
 #include <future>
 #include <utility>
 
+#include "CommandResource.h"
 #include "HostAbsence.h"
 #include "control/Text.h"
-#include "seam/Resource.h"
 
 namespace tarnel {
 namespace {
-
-class CommandResource final : public Resource {
- public:
-  [[nodiscard]] std::string_view typeName() const override { return "CommandResource"; }
-};
 
 // A result that a reply brings from another thread.
 template <class T>

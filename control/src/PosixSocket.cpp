@@ -52,9 +52,10 @@ bool sleepUntilReadable(int fd, timeval limit) {
   pollfd watched{.fd = fd, .events = POLLIN, .revents = 0};
   const timespec most{.tv_sec = limit.tv_sec, .tv_nsec = limit.tv_usec * 1000};
   const bool unlimited = limit.tv_sec == 0 && limit.tv_usec == 0;
-  if (::ppoll(&watched, 1, unlimited ? nullptr : &most, nullptr) != 0) return true;
-  errno = EAGAIN;
-  return false;
+  const int ready = ::ppoll(&watched, 1, unlimited ? nullptr : &most, nullptr);
+  if (ready == 0) errno = EAGAIN;
+  // Any other failure is left to read(), which has its own words for it.
+  return ready > 0 || (ready < 0 && errno != EINTR);
 }
 
 bool peerIsTrusted(int fd) {

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <thread>
@@ -63,6 +66,30 @@ TEST_F(SleepUntilReadable, endsAtTheLimitAsAReadWould) {
   errno = 0;
   EXPECT_FALSE(sleepUntilReadable(ours.get(), {.tv_sec = 0, .tv_usec = 50'000}));
   EXPECT_EQ(errno, EAGAIN);
+}
+
+TEST_F(SleepUntilReadable, endsWithASignalThatIsHandledAsAReadWould) {
+  struct sigaction before{};
+  struct sigaction handled{};
+  handled.sa_handler = [](int) {};
+  handled.sa_flags = SA_RESTART;
+  ASSERT_EQ(::sigaction(SIGUSR1, &handled, &before), 0);
+  const pthread_t sleeper = ::pthread_self();
+  std::atomic<bool> awake = false;
+  std::thread signalling([&] {
+    while (!awake) {
+      ::pthread_kill(sleeper, SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+  });
+  errno = 0;
+  const bool readable = sleepUntilReadable(ours.get(), {.tv_sec = 30, .tv_usec = 0});
+  const int error = errno;
+  awake = true;
+  signalling.join();
+  EXPECT_FALSE(readable);
+  EXPECT_EQ(error, EINTR);
+  ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(SleepUntilReadable, isNotWokenByAPeerThatTakesWhatWasSent) {

@@ -41,9 +41,10 @@ struct Pipe {
 [[nodiscard]] bool peerIsTrusted(int fd);
 
 // To be called before a read() that is likely to wait. On Linux it sleeps until there is something to
-// tell (bytes, an end, an error), or returns false with errno EAGAIN when that took longer than the
-// limit, of which zero is none. A reader that sleeps in read() is woken there also when its peer
-// takes what it had sent, for nothing. Elsewhere it returns true at once, and read() does the waiting.
+// tell (bytes, an end, an error), or returns false with what read() would have set: errno EAGAIN when
+// that took longer than the limit, of which zero is none, and EINTR when a signal was handled. A
+// reader that sleeps in read() is woken there also when its peer takes what it had sent, for nothing.
+// Elsewhere it returns true at once, and read() does the waiting.
 [[nodiscard]] bool sleepUntilReadable(int fd, timeval limit);
 
 // True when at least one byte can be read now. Does not wait, does not read it, keeps errno.

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "UnixAddress.h"
@@ -31,14 +32,19 @@ class UnixSocketServer::ReadinessSource {
   // False when what is there could not be taken: the thread looks again after a rest.
   using Handler = std::function<bool()>;
 
-  // Null with errno set when there is no pipe.
+  // Null with errno set when there is no pipe or no thread.
   [[nodiscard]] static std::shared_ptr<ReadinessSource> start(int fd, Handler handler) {
     auto stop = makePipe();
     if (!stop) return nullptr;
     auto made = std::shared_ptr<ReadinessSource>(new ReadinessSource(std::move(*stop)));
-    made->thread = startThread(queueLabel, [fd, stop = made->stop, handler = std::move(handler)] {
-      watch(fd, stop->readEnd.get(), handler);
-    });
+    try {
+      made->thread = startThread(queueLabel, [fd, stop = made->stop, handler = std::move(handler)] {
+        watch(fd, stop->readEnd.get(), handler);
+      });
+    } catch (const std::system_error& error) {
+      errno = error.code().value();
+      return nullptr;
+    }
     return made;
   }
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "ListeningSocket.h"
+#include "NoMoreThreads.h"
 #include "control/Mutex.h"
 #include "control/PosixSocket.h"
 #include "control/UniqueFd.h"
@@ -229,6 +230,19 @@ TEST_F(UnixSocketServerTest, stopsWhileItRests) {
   server->stop();
   EXPECT_EQ(taken.count(), 1U);
 }
+
+#if defined(__GLIBC__)
+TEST_F(UnixSocketServerTest, withoutAThreadItFailsToListenAndLeavesNeitherDescriptorNorFile) {
+  const std::size_t before = openDescriptors();
+  const NoMoreThreads none;
+  const auto started = server->start();
+  ASSERT_FALSE(started.has_value());
+  EXPECT_EQ(started.error().kind, Kind::listen);
+  EXPECT_EQ(started.error().error, EAGAIN);
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_NE(::access(path.c_str(), F_OK), 0);
+}
+#endif
 
 TEST_F(UnixSocketServerTest, withNoCallbackAnAcceptedDescriptorStaysOpen) {
   server->onConnection = nullptr;

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <expected>
+#include <fstream>
 #include <limits>
 #include <optional>
 #include <random>
@@ -11,6 +14,7 @@
 #include <vector>
 
 #include "control/JsonReader.h"
+#include "support/Sanitized.h"
 
 namespace tarnel::test {
 namespace {
@@ -296,6 +300,36 @@ TEST(JsonReader, aTextKeepsNoMoreRoomThanItNeeds) {
     for (const std::string& text : *texts) ASSERT_LT(text.capacity(), 512U) << count;
   }
 }
+
+#if defined(__linux__)
+// No more than so many bytes of new memory for this process, for as long as it lives.
+class MemoryLeft {
+ public:
+  explicit MemoryLeft(std::size_t bytes) {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    EXPECT_EQ(::getrlimit(RLIMIT_AS, &before), 0);
+    const rlim_t most = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + bytes;
+    const rlimit some{.rlim_cur = most, .rlim_max = before.rlim_max};
+    EXPECT_EQ(::setrlimit(RLIMIT_AS, &some), 0);
+  }
+  ~MemoryLeft() { EXPECT_EQ(::setrlimit(RLIMIT_AS, &before), 0); }
+
+ private:
+  rlimit before{};
+};
+
+TEST(JsonReader, aRecordThatHasNoRoomInMemoryFailsAndEndsNothing) {
+  if (builtWithSanitizer) GTEST_SKIP() << "a sanitizer has the memory";
+  std::string json = R"({"list":[)";
+  for (int i = 0; i < 3'000'000; ++i) json += R"("",)";  // as texts they take over 96 MiB
+  json += R"(""]})";
+  const MemoryLeft little(16 << 20);
+  const auto pair = readJson<Pair>(json);
+  ASSERT_FALSE(pair.has_value());
+  EXPECT_EQ(pair.error().kind, Kind::dataCorrupted);
+}
+#endif
 
 TEST(JsonReader, readsListsOfTexts) {
   EXPECT_EQ(valueOf<std::vector<std::string>>(R"(["a", "b"])"),

@@ -11,7 +11,7 @@ struct DecodingError {
     keyNotFound,    // a required key is missing
     valueNotFound,  // a required key holds null
     typeMismatch,   // a value has another JSON type than the field
-    dataCorrupted,  // not JSON, nested too deeply, a number out of range, an unknown raw string
+    dataCorrupted,  // not JSON, nested too deeply, out of range, an unknown raw string, too large
   };
   Kind kind;
   std::string detail;  // the key or the position, for people

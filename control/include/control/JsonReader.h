@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -103,14 +104,20 @@ class JsonReader {
 // What is wrong with a text whose reading failed so: that it is no JSON counts before what it says.
 [[nodiscard]] DecodingError firstFault(std::string_view text, const DecodingError& failure);
 
-// The whole text as one record.
+// The whole text as one record. One that has no room in memory fails like one that cannot be read: a
+// list of empty texts takes a dozen times its JSON, and its sender must not be able to end the process.
 template <class Record>
 [[nodiscard]] std::expected<Record, DecodingError> readJson(std::string_view text) {
   JsonReader json(text);
-  auto record = Record::decode(json);
-  json.finish();
-  if (json.failed()) return std::unexpected(firstFault(text, json.error()));
-  return record;
+  try {
+    auto record = Record::decode(json);
+    json.finish();
+    if (!json.failed()) return record;
+  } catch (const std::bad_alloc&) {
+    return std::unexpected(DecodingError{.kind = DecodingError::Kind::dataCorrupted,
+                                         .detail = "no memory for what it holds"});
+  }
+  return std::unexpected(firstFault(text, json.error()));
 }
 
 }  // namespace tarnel

@@ -195,6 +195,28 @@ TEST_F(GetAgainTest, resumingDoesNotMissWhatAStreamLeftOut) {
   EXPECT_EQ(transfers(), asked);
 }
 
+TEST_F(GetAgainTest, aFolderThatCannotBeMadeIsMissedEachTime) {
+  // The last one is one level too deep: the destination's "Docs" is the first of 257.
+  StreamBytes stream;
+  std::string relpath;
+  for (int level = 2; level <= 257; ++level) {
+    if (level == 257) {
+      host.answer({.op = ControlOp::readTreeStream, .path = "me/Docs/" + relpath},
+                  StreamBytes().folder("d").eof().reply());
+    }
+    relpath += relpath.empty() ? "d" : "/d";
+    host.folder("me/Docs/" + relpath);
+    stream.folder(relpath);
+  }
+  streamDocs(stream.eof());
+  for (const char* other : {"a", "sub/b", "sub"}) host.remove(std::string("me/Docs/") + other);
+  for (int i = 0; i < 2; ++i) {
+    const ProgramOutcome outcome = getDocs({"--resume"});
+    expectFailed(outcome, "me/Docs/" + relpath + ": ENAMETOOLONG\n");
+    EXPECT_EQ(outcome.errorLines(), 1U);
+  }
+}
+
 TEST_F(GetAgainTest, oneFileIsResumedToo) {
   expectDone(get({"me/Docs/a", dest.path()}));
   const std::size_t asked = transfers();

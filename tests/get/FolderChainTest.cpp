@@ -134,6 +134,15 @@ TEST_F(FolderChainTest, deepPathsNeedABoundedNumberOfDescriptors) {
   EXPECT_TRUE(unfinished.empty());
 }
 
+TEST_F(FolderChainTest, aPathTooDeepLeadsToWhereItCould) {
+  const std::vector<std::string> names(maxDepth + 1, "d");
+  const EntryPath path(names.begin(), names.end());
+  FolderChain chain(openRoot(), options());
+  EXPECT_EQ(chain.enter(path, path.size()), copyFailure(ENAMETOOLONG));
+  EXPECT_TRUE(chain.isOurs());
+  EXPECT_TRUE(chain.enter(path, maxDepth));
+}
+
 TEST_F(FolderChainTest, aNameCanBeTakenOnce) {
   FolderChain chain(openRoot(), options());
   EXPECT_TRUE(chain.take("a"));

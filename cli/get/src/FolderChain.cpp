@@ -83,6 +83,7 @@ CopyResult<void> FolderChain::goBackTo(std::size_t depth) {
 }
 
 CopyResult<void> FolderChain::step(std::string_view name, std::optional<mode_t> hostMode) {
+  if (levels.size() > maxDepth) return copyFailure(ENAMETOOLONG);
   const int parent = folder();
   Level level{.name = std::string(name), .fd = openIn(parent, level.name)};
   if (!level.fd.valid() && errno == ENOENT) {

@@ -140,17 +140,17 @@ bool FolderCopy::enter(const std::string& relpath, const HostEntry* announced) {
   const std::string path = localOf(relpath);
   const EntryPath names = componentsOf(path);
   CopyResult<void> entered;
-  if (names.size() > maxDepth) {
-    entered = copyFailure(ENAMETOOLONG);
-  } else if (announced != nullptr) {
+  if (announced != nullptr) {
     FolderLook look{.mtimeMs = announced->mtimeMs};
     if (announced->mode != 0) look.mode = announced->mode;
     entered = chain.enterAnnounced(names, look);
   } else {
     entered = chain.enter(names, names.size());
   }
-  if (!entered) context.fail(remoteOf(relpath), entered.error());
-  return entered.has_value();
+  if (entered) return true;
+  chain.spoil();  // where it stands now something is missing
+  context.fail(remoteOf(relpath), entered.error());
+  return false;
 }
 
 std::string FolderCopy::remoteOf(const std::string& relpath) const {

@@ -104,7 +104,6 @@ CopyResult<void> TreeCopy::takeHeader(std::size_t bytes) {
 CopyResult<void> TreeCopy::place() {
   placePath = localPath;
   placePath.insert(placePath.end(), entryPath.begin(), entryPath.end());
-  if (placePath.size() > maxDepth) return copyFailure(ENAMETOOLONG);
   return header.kind == TreeHeader::Kind::dir ? placeFolder() : placeFile();
 }
 
@@ -113,7 +112,7 @@ CopyResult<void> TreeCopy::placeFolder() {
   if (header.mode != 0) look.mode = header.mode;
   if (auto entered = chain.enterAnnounced(placePath, look); !entered) {
     lostFolder = header.relpath;
-    return entered;
+    return lose(entered.error());
   }
   if (chain.isOurs()) ++context.report.folders;
   return header.error ? lose(refusalError(*header.error)) : CopyResult<void>();

@@ -47,7 +47,8 @@ class FolderChain {
   ~FolderChain();  // as leaveAll
 
   // Goes to the folder of the first `depth` names, which are made where they are missing. ENOTDIR
-  // where something else stands, a link included.
+  // where something else stands, a link included; ENAMETOOLONG past maxDepth. After a failure it
+  // stands in the last folder that it could go to.
   [[nodiscard]] CopyResult<void> enter(const EntryPath& path, std::size_t depth);
   // Goes to the folder of the whole path and says what it is to look like when it is left.
   [[nodiscard]] CopyResult<void> enterAnnounced(const EntryPath& path, const FolderLook& look);

@@ -50,7 +50,7 @@ class TreeCopy {
   [[nodiscard]] CopyResult<void> place();
   [[nodiscard]] CopyResult<void> placeFolder();
   [[nodiscard]] CopyResult<void> placeFile();
-  // The entry fails in the folder where the chain stands.
+  // The entry fails in the folder where the chain stands, which is not whole without it.
   [[nodiscard]] std::unexpected<CopyError> lose(const CopyError& error);
   void finishCurrent();
   void failEntry(const CopyError& error);

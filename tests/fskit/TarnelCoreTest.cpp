@@ -1,6 +1,7 @@
 // The C surface: every reply is made exactly once, and what the core throws is EIO.
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -235,6 +236,84 @@ TEST_F(Surface, twoHandlesOfOneItemHaveOneIdentity) {
   EXPECT_NE(first.item, second.item);
   EXPECT_EQ(tarnelItemIdentity(first.item), tarnelItemIdentity(second.item));
   EXPECT_EQ(tarnelItemIdentity(nullptr), nullptr);
+}
+
+std::vector<std::int64_t> fieldsOf(const TarnelAttributes& given) {
+  return {static_cast<std::int64_t>(given.valid),
+          given.type,
+          given.mode,
+          given.linkCount,
+          given.uid,
+          given.gid,
+          given.flags,
+          static_cast<std::int64_t>(given.size),
+          static_cast<std::int64_t>(given.allocSize),
+          static_cast<std::int64_t>(given.fileID),
+          static_cast<std::int64_t>(given.parentID)};
+}
+
+std::vector<std::int64_t> timesOf(const TarnelAttributes& given) {
+  std::vector<std::int64_t> all;
+  for (const TarnelTime time :
+       {given.accessTime, given.modifyTime, given.changeTime, given.birthTime}) {
+    all.push_back(time.seconds);
+    all.push_back(time.nanoseconds);
+  }
+  return all;
+}
+
+TEST_F(Surface, attributesAndEntriesArePassedOnFieldByField) {
+  source->putStat("me/Docs/b",
+                  {.name = "b", .size = 5000, .mtimeMs = -1500, .mode = 0100751, .nlink = 3});
+  source->remove("me/Docs/a.txt");
+  auto volume = volumeOver(source);
+  const TarnelCoreItem docs = item("me/Docs");  // ids: 3 for "me", 4 for "Docs"
+  const TarnelCoreItem file = item("me/Docs/b");
+  const std::vector<std::int64_t> fields = {allAttributes, 1,    0551, 3, 501, 20, 0,
+                                            5000,          8192, 5,    4};
+  const std::vector<std::int64_t> times = {-1, -500'000'000, -1, -500'000'000,
+                                           -1, -500'000'000, -1, -500'000'000};
+
+  std::promise<TarnelAttributes> answered;
+  tarnelVolumeGetAttributes(
+      &volume, allAttributes, &file,
+      [](void* context, TarnelError, const TarnelAttributes* attributes) {
+        static_cast<std::promise<TarnelAttributes>*>(context)->set_value(
+            attributes != nullptr ? *attributes : TarnelAttributes{});
+      },
+      &answered);
+  const TarnelAttributes seen = answered.get_future().get();
+  EXPECT_EQ(fieldsOf(seen), fields);
+  EXPECT_EQ(timesOf(seen), times);
+
+  struct Entry {
+    std::string name;
+    std::vector<std::int64_t> numbers;
+    TarnelAttributes attributes;
+  };
+  std::vector<Entry> entries;
+  const TarnelPacker packer = {
+      .context = &entries,
+      .packEntry = [](void* context, TarnelText name, std::int64_t type, std::uint64_t id,
+                      std::uint64_t next, const TarnelAttributes* attributes) {
+        static_cast<std::vector<Entry>*>(context)->push_back(
+            {.name = {name.bytes, name.length},
+             .numbers = {type, static_cast<std::int64_t>(id), static_cast<std::int64_t>(next)},
+             .attributes = attributes != nullptr ? *attributes : TarnelAttributes{}});
+        return true;
+      }};
+  Counted listed;
+  const std::uint64_t wanted = allAttributes;
+  tarnelVolumeEnumerate(&volume, &docs, 0, 0, &wanted, packer, Counted::verified, &listed);
+  EXPECT_EQ(listed.wait(), succeededOnce);
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_EQ(entries[0].name, "b");
+  // A volume of its own: the first id that it gives is this child's.
+  EXPECT_EQ(entries[0].numbers, (std::vector<std::int64_t>{1, 3, 1}));
+  std::vector<std::int64_t> listedFields = fields;
+  listedFields[9] = 3;
+  EXPECT_EQ(fieldsOf(entries[0].attributes), listedFields);
+  EXPECT_EQ(timesOf(entries[0].attributes), times);
 }
 
 TEST_F(Surface, loadingTellsWhenItBecameReadyBeforeItReplies) {

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#import "ItemAttributes.h"
 #import "Scenarios.h"
 
 static int countOfValid(FSItemAttributes* attributes) {
@@ -54,6 +55,42 @@ void everySingleBitIsAnsweredAlone(HostForRun* host) {
   EXPECT(attributes.fileID == FSItemIDRootDirectory);
   EXPECT(attributes.parentID == FSItemIDParentOfRoot);
   EXPECT(attributes.size == 4096 && attributes.allocSize == 4096);
+}
+
+static bool isMoment(struct timespec time, TarnelTime given) {
+  return time.tv_sec == given.seconds && time.tv_nsec == given.nanoseconds;
+}
+
+// A volume's own values hide one that stands in another's place: its times are one, and its owner and
+// group may have one number.
+void everyAttributeHasItsOwnPlace(HostForRun* host) {
+  (void)host;
+  const TarnelAttributes given = {.valid = allWanted,
+                                  .type = FSItemTypeDirectory,
+                                  .mode = 0751,
+                                  .linkCount = 3,
+                                  .uid = 501,
+                                  .gid = 20,
+                                  .flags = 7,
+                                  .size = 5000,
+                                  .allocSize = 8192,
+                                  .fileID = 11,
+                                  .parentID = 10,
+                                  .accessTime = {-1, -500000000},
+                                  .modifyTime = {1700000000, 123000000},
+                                  .changeTime = {2, 2000000},
+                                  .birthTime = {3, 3000000}};
+  FSItemAttributes* const made = tarnelItemAttributes(&given);
+  EXPECT(countOfValid(made) == 14);
+  EXPECT(made.type == FSItemTypeDirectory && made.mode == 0751 && made.linkCount == 3);
+  EXPECT(made.uid == 501 && made.gid == 20 && made.flags == 7);
+  EXPECT(made.size == 5000 && made.allocSize == 8192);
+  EXPECT(made.fileID == 11 && made.parentID == 10);
+  EXPECT(isMoment(made.accessTime, given.accessTime));
+  EXPECT(isMoment(made.modifyTime, given.modifyTime));
+  EXPECT(isMoment(made.changeTime, given.changeTime));
+  EXPECT(isMoment(made.birthTime, given.birthTime));
+  EXPECT(tarnelItemAttributes(NULL) == nil);
 }
 
 void bitsThatNobodyKnowsAreLoggedUnmasked(HostForRun* host) {

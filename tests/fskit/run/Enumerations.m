@@ -12,6 +12,12 @@ static FSItem* filledDirectory(HostForRun* host, TarnelVolume* volume) {
   return itemAt(volume, @"me/Docs");
 }
 
+static FSItemID idOf(TarnelVolume* volume, FSItem* item) {
+  Call* const answered = attributesOf(volume, item, FSItemAttributeFileID);
+  expectSuccess(answered);
+  return ((FSItemAttributes*)answered->first).fileID;
+}
+
 static NSArray* namesIn(FSDirectoryEntryPacker* packer) {
   NSMutableArray* const names = [NSMutableArray array];
   for (FakeEntry* entry in [packer entries]) [names addObject:[entry->name string]];
@@ -35,7 +41,7 @@ static NSArray* namesWithRoom(TarnelVolume* volume, FSItem* directory, NSUIntege
     if ([[packer entries] count] == 0) return names;
     [names addObjectsFromArray:namesIn(packer)];
     for (FakeEntry* entry in [packer entries]) {
-      EXPECT(entry->type == FSItemTypeFile && entry->itemID > 2);
+      EXPECT(entry->type == FSItemTypeFile);
       EXPECT(entry->attributes.size == 5 && [entry->attributes isValid:FSItemAttributeSize]);
       EXPECT(![entry->attributes isValid:FSItemAttributeMode]);
     }
@@ -83,6 +89,33 @@ void namesAloneBringTheDotEntries(HostForRun* host) {
     FSDirectoryEntryPacker* const made = packerOf(10);
     expectSuccess(enumerate(volume, item, 0, 0, allWanted, made));
     EXPECT([namesIn(made) isEqual:([path length] == 0 ? @[ @"me" ] : @[ @"Docs" ])]);
+  }
+}
+
+void entriesAreOfTheTypesAndIdsThatLookupsFind(HostForRun* host) {
+  TarnelVolume* const volume = loadedVolume(host);
+  FSItem* const root = activate(volume)->first;
+  FSItem* const peer = itemAt(volume, @"me");
+  FSItem* const docs = itemAt(volume, @"me/Docs");
+  FSItem* const file = itemAt(volume, @"me/Docs/a.txt");
+  const struct {
+    FSItem* directory;
+    FSItem* parent;
+    FSItem* child;
+    FSItemType type;
+  } cases[] = {{peer, root, docs, FSItemTypeDirectory}, {docs, peer, file, FSItemTypeFile}};
+  for (int i = 0; i < 2; ++i) {
+    FSDirectoryEntryPacker* const packer = packerOf(9);
+    expectSuccess(enumerate(volume, cases[i].directory, 0, 0, -1, packer));
+    EXPECT([[packer entries] count] == 3);
+    FakeEntry* const own = [[packer entries] objectAtIndex:0];
+    FakeEntry* const above = [[packer entries] objectAtIndex:1];
+    FakeEntry* const child = [[packer entries] objectAtIndex:2];
+    EXPECT(own->type == FSItemTypeDirectory && above->type == FSItemTypeDirectory);
+    EXPECT(child->type == cases[i].type);
+    EXPECT(own->itemID == idOf(volume, cases[i].directory));
+    EXPECT(above->itemID == idOf(volume, cases[i].parent));
+    EXPECT(child->itemID == idOf(volume, cases[i].child));
   }
 }
 

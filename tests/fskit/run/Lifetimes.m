@@ -72,6 +72,32 @@ void deactivatingEndsWhatWaits(HostForRun* host) {
   for (Call* call in waiting) expectPosixError(call, 57);
 }
 
+void unmountingEndsWhatWaits(HostForRun* host) {
+  TarnelVolume* const volume = loadedVolume(host);
+  NSArray* const waiting = waitingCalls(host, volume);
+  expectSuccess(unmountVolume(volume));
+  for (Call* call in waiting) expectPosixError(call, 57);
+}
+
+void mountingActivatingAndSynchronizingLeaveWhatWaits(HostForRun* host) {
+  TarnelVolume* const volume = loadedVolume(host);
+  FSItem* const docs = itemAt(volume, @"me/Docs");
+  FSItem* const file = itemAt(volume, @"me/Docs/a.txt");
+  hostDelayList(host, "me/Docs", "a.txt");
+  hostDelayRead(host, "me/Docs/a.txt", "aGVsbG8=");
+  Call* const listed = enumerate(volume, docs, 0, 0, -1, packerOf(9));
+  Call* const read = readBytes(volume, file, 0, 5, bufferOf(5));
+  EXPECT(hostWaitUntilAsked(host, "list", "me/Docs", 1));
+  EXPECT(hostWaitUntilAsked(host, "read", "me/Docs/a.txt", 1));
+  expectSuccess(mountVolume(volume));
+  expectSuccess(activate(volume));
+  expectSuccess(synchronize(volume));
+  EXPECT(![listed hasCome] && ![read hasCome]);
+  hostRelease(host);
+  expectSuccess(listed);
+  expectSuccess(read);
+}
+
 void unloadingEndsWhatWaitsAndRepliesComeAfterwards(HostForRun* host) {
   NSArray* waiting = nil;
   @autoreleasepool {

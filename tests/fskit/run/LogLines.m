@@ -14,6 +14,7 @@ void everyLogLineIsTheSystemsOwn(HostForRun* host) {
 
   fakeLogSetDebug(true);
   fakeLogClear();
+  hostFile(host, "me/Docs/a.txt", "hello, world", 12);
   expectSuccess(attributesOf(volume, file, FSItemAttributeSize));
   expectSuccess(readBytes(volume, file, 2, 4, bufferOf(4)));
   hostRefuse(host, "stat", "me/Docs/a.txt", "is a directory");
@@ -27,10 +28,10 @@ void everyLogLineIsTheSystemsOwn(HostForRun* host) {
   NSString* const asked = @"debug getAttributes relpath=me/Docs/a.txt wanted=0x40";
   NSArray* const expected = @[
     asked,
-    @"debug getAttributes reply relpath=me/Docs/a.txt size=5 mtimeMs=1600000000000 lastKnown=5",
-    @"debug readBytes relpath=me/Docs/a.txt offset=2 wanted=4 lastKnownSize=5", asked,
+    @"debug getAttributes reply relpath=me/Docs/a.txt size=12 mtimeMs=1600000000000 lastKnown=5",
+    @"debug readBytes relpath=me/Docs/a.txt offset=2 wanted=4 lastKnownSize=12", asked,
     @"error getAttributes FAILED relpath=me/Docs/a.txt error=isDirectory", asked,
-    @"error getAttributes SERVED STALE relpath=me/Docs/a.txt size=5 because=notFound",
+    @"error getAttributes SERVED STALE relpath=me/Docs/a.txt size=12 because=notFound",
     @"debug reclaimItem relpath=me/Docs/a.txt id=5", @"default unloaded"
   ];
   EXPECT([lines isEqual:expected]);

@@ -1,4 +1,5 @@
 // Everything that a read-only volume refuses, and items that are not its own.
+#import "Replies.h"
 #import "Scenarios.h"
 
 @interface Call (Making)
@@ -97,6 +98,24 @@ void everyChangeIsRefusedInsideTheCall(HostForRun* host) {
     Call* const link = readLink(volume, item);
     EXPECT([link hasCome]);
     expectPosixError(link, 22);
+  }
+}
+
+void everyErrorKeepsItsDomainAndNumber(HostForRun* host) {
+  (void)host;
+  const TarnelError none = {.domain = tarnelNoError};
+  EXPECT(tarnelNSError(none) == nil);
+  // Of both kinds one that no operation makes: neither number is known by heart.
+  for (int32_t code = 4505; code <= 4506; ++code) {
+    const TarnelError own = {.domain = tarnelFileSystemKitError, .code = code};
+    EXPECT([[tarnelNSError(own) domain] isEqualToString:FSKitErrorDomain]);
+    EXPECT([tarnelNSError(own) code] == code);
+    EXPECT([[tarnelNSError(own) userInfo] count] == 0);
+  }
+  for (int32_t code = 1; code <= 106; ++code) {
+    const TarnelError posix = {.domain = tarnelPosixError, .code = code};
+    EXPECT([[tarnelNSError(posix) domain] isEqualToString:@"NSPOSIXErrorDomain"]);
+    EXPECT([tarnelNSError(posix) code] == code);
   }
 }
 

@@ -67,6 +67,11 @@ TEST_F(VolumeAttributes, theMadeUpStatusNamesAPeerAfterItsPath) {
   EXPECT_EQ(volume->synthesizedStat(*item("me")), expected);
 }
 
+TEST_F(VolumeAttributes, theMadeUpStatusNamesAnythingElseAfterTheEndOfItsPath) {
+  const auto deep = madeItem("me/Docs", 4, 3, true, std::nullopt);
+  EXPECT_EQ(volume->synthesizedStat(*deep).name, "Docs");
+}
+
 TEST_F(VolumeAttributes, ofAFileOfTheHost) {
   const ItemAttributes made = of({.name = "a",
                                   .size = 5000,

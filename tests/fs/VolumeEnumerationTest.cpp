@@ -1,5 +1,6 @@
 // The children of a directory at each level.
 #include "VolumeTest.h"
+#include "support/MadeItem.h"
 
 namespace tarnel::test {
 namespace {
@@ -76,6 +77,12 @@ TEST_F(VolumeEnumeration, insideAShareListsWhatTheHostSays) {
   EXPECT_EQ(listed[1].attributes->mode, 0555u);
   EXPECT_EQ(source->calls(Call::Kind::list),
             (std::vector<Call>{{.kind = Call::Kind::list, .path = "me/Docs"}}));
+}
+
+TEST_F(VolumeEnumeration, asksAboutTheRejoinedPath) {
+  source->putDirectory("me/Docs");
+  EXPECT_TRUE(entries(madeItem("/me//Docs/", 4, 3, false, std::nullopt)).empty());
+  EXPECT_EQ(source->calls().back(), (Call{.kind = Call::Kind::list, .path = "me/Docs"}));
 }
 
 TEST_F(VolumeEnumeration, aSymbolicLinkOfTheHostIsListedAsAFile) {

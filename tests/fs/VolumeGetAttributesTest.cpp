@@ -42,6 +42,13 @@ TEST_F(VolumeGetAttributes, asksTheHostEachTime) {
   EXPECT_EQ(source->calls(Call::Kind::stat).back().path, "me/Docs/a");
 }
 
+TEST_F(VolumeGetAttributes, asksAboutTheRejoinedPath) {
+  source->put("me/Docs/a", "x");
+  EXPECT_EQ(std::get<1>(getAttributes(madeItem("/me//Docs/a/", 5, 4, false, std::nullopt))),
+            std::nullopt);
+  EXPECT_EQ(source->calls().back().path, "me/Docs/a");
+}
+
 TEST_F(VolumeGetAttributes, carriesTheItemsOwnIds) {
   const auto a = file(10);
   const auto [attributes, error] = getAttributes(a);

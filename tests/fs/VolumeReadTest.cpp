@@ -249,7 +249,11 @@ class LateSource final : public FabricSource {
   void read(const std::string&, std::int64_t, std::int64_t, Reply<Bytes> reply) override {
     replies.push_back(std::move(reply));
   }
+  void cancelAll() override {
+    if (whileCancelled) whileCancelled();
+  }
   std::vector<Reply<Bytes>> replies;
+  std::function<void()> whileCancelled;
 };
 
 TEST_F(VolumeRead, aReadBetweenTwoChunksEndsWhenTheVolumeIsUnmounted) {
@@ -264,6 +268,25 @@ TEST_F(VolumeRead, aReadBetweenTwoChunksEndsWhenTheVolumeIsUnmounted) {
   replies[0](Bytes("12345"));
   EXPECT_EQ(answer.wait(), std::tuple(0, posixError(57)));
   EXPECT_TRUE(late->replies.empty());
+}
+
+TEST_F(VolumeRead, aChunkThatComesWhileTheVolumeIsUnmountedIsTheLast) {
+  const auto late = std::make_shared<LateSource>();
+  const auto unmounted = FabricVolume::make(Uuid{}, "Tarnel", late, 0, 0, 0);
+  Awaited<CountReply> answer;
+  unmounted->read(madeItem("me/Docs/a", 5, 4, false, std::nullopt), 0, 10,
+                  std::make_shared<ByteBuffer>(10), answer.reply());
+  late->whileCancelled = [&late = *late] { std::exchange(late.replies, {})[0](Bytes("12345")); };
+  unmounted->unmount([] {});
+  EXPECT_EQ(answer.wait(), std::tuple(0, posixError(57)));
+  EXPECT_TRUE(late->replies.empty());
+}
+
+TEST_F(VolumeRead, asksAboutTheRejoinedPath) {
+  source->put("me/Docs/a", "hello");
+  const auto a = madeItem("/me//Docs/a/", 5, 4, false, std::nullopt);
+  EXPECT_EQ(read(a, 0, 5, std::make_shared<ByteBuffer>(5)), std::tuple(5, std::nullopt));
+  EXPECT_EQ(reads(), std::vector<Call>{chunk(0, 5)});
 }
 
 TEST_F(VolumeRead, logsWhatIsWantedWithTheLastKnownSize) {

@@ -21,6 +21,14 @@ TEST_F(VolumeReclaim, forgetsTheObjectButNotTheId) {
   EXPECT_EQ(second->id, first->id);
 }
 
+TEST_F(VolumeReclaim, hasForgottenTheObjectWhenItReplies) {
+  const ItemRef first = root();
+  ItemRef second;
+  volume->reclaimItem(first, [&](OptionalError) { second = root(); });
+  EXPECT_NE(second, nullptr);
+  EXPECT_NE(second, first);
+}
+
 TEST_F(VolumeReclaim, ofAnOlderObjectKeepsTheNewerOne) {
   source->put("me/Docs/a", "x");
   const auto older = item("me/Docs/a");

@@ -126,6 +126,14 @@ TEST_F(VolumeSetUp, unmountEndsWhatWaitsForTheHost) {
   EXPECT_EQ(error, posixError(57));
 }
 
+TEST_F(VolumeSetUp, deactivateAndUnmountReplyOnceWhatWaitsWasEnded) {
+  std::size_t cancels = 0;
+  volume->deactivate([&](OptionalError) { cancels = source->cancels(); });
+  EXPECT_EQ(cancels, 1u);
+  volume->unmount([&] { cancels = source->cancels(); });
+  EXPECT_EQ(cancels, 2u);
+}
+
 TEST_F(VolumeSetUp, deactivateAndUnmountKeepItemsAndIds) {
   source->put("me/Docs/a", "x");
   const auto before = item("me/Docs/a");

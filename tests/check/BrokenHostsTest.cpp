@@ -83,7 +83,7 @@ TEST(BrokenHostsTable, hasAtLeastFifteenFaultsOfManyGroups) {
 
 TEST(RightHost, hasNoFaultInAnyCheck) {
   FaultyHost host(rightReply);
-  // It keeps a line without an end: a scripted host is no whole host.
+  // It waits for the end of every line: a scripted host is no whole host.
   std::vector<int> wanted;
   for (const HostCheck& check : hostChecks()) {
     if (check.number != 110) wanted.push_back(check.number);
@@ -99,6 +99,13 @@ TEST(BrokenHost, thatSpeaksFirstIsCaught) {
   CheckLimits limits = patientLimits();
   limits.quiet = limits.answer;
   EXPECT_EQ(runChecks(host.path(), {104}, limits).failed(), std::vector<int>{104});
+}
+
+TEST(BrokenHost, thatWaitsForEverForTheEndOfALineIsCaught) {
+  FaultyHost host(rightReply);
+  CheckLimits limits = patientLimits();
+  limits.answer = std::chrono::milliseconds(200);
+  EXPECT_EQ(runChecks(host.path(), {110}, limits).failed(), std::vector<int>{110});
 }
 
 TEST(BrokenHost, thatListsMoreThanALineTakesIsCaught) {

@@ -124,10 +124,12 @@ void ScriptedHost::serve(int owned) {
   while (going) {
     const ssize_t got = ::read(fd.get(), piece, sizeof piece);
     if (got <= 0) break;
+    std::size_t looked = buffer.size();  // a line may come in very many pieces
     buffer.append(piece, static_cast<std::size_t>(got));
-    for (std::size_t end = 0; going && (end = buffer.find('\n')) != std::string::npos;) {
+    for (std::size_t end = 0; going && (end = buffer.find('\n', looked)) != std::string::npos;) {
       const std::string line = buffer.substr(0, end);
       buffer.erase(0, end + 1);
+      looked = 0;
       going = perform(fd.get(), replyTo(line));
     }
   }

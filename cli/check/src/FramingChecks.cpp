@@ -133,8 +133,8 @@ CheckVerdict aLineWithoutAnEndIsBounded(HostProbe& host) {
   for (std::size_t sent = 0; isTaken && sent <= ControlWire::maxFrameBytes; sent += piece.size()) {
     isTaken = talk->wire.send(piece, host.answerDeadline());
   }
-  if (isTaken && !talk->wire.hangsUpBy(host.answerDeadline())) {
-    return failedCheck("more than 16 MiB without a line feed were taken and kept: hang up");
+  if (!talk->wire.hangsUpBy(host.answerDeadline())) {
+    return failedCheck("after more than 16 MiB without a line feed the connection stood: hang up");
   }
   const auto answer = host.ask(sharesRequest());
   return answer ? passed() : answer.error();

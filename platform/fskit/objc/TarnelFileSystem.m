@@ -22,7 +22,7 @@ static const char* optionAt(void* context, size_t index) {
   return [[TARNEL_LENT(NSArray<NSString*>*, context) objectAtIndex:index] UTF8String];
 }
 
-// Lends the list: good for one call.
+// Lends the list: whoever hands these on keeps it until the reply.
 static TarnelOptions optionsOf(NSArray<NSString*>* texts) {
   const TarnelOptions options = {
       .context = TARNEL_LEND(texts), .count = [texts count], .textAt = optionAt};
@@ -84,6 +84,7 @@ static void becameReady(void* context) {
   NSArray<NSString*>* const texts = options.taskOptions;
   tarnelFileSystemLoad(_core, typeOf(resource), optionsOf(texts), tarnelSendVolumeDone,
                        tarnelKeepVolumeDone(^(TarnelError error, TarnelCoreVolume* core) {
+                         (void)texts;  // kept until here
                          if (core == NULL) {
                            reply(nil, tarnelNSError(error));
                            return;
@@ -98,6 +99,7 @@ static void becameReady(void* context) {
   NSArray<NSString*>* const texts = options.taskOptions;
   tarnelFileSystemUnload(_core, typeOf(resource), optionsOf(texts), tarnelSendDone,
                          tarnelKeepDone(^(TarnelError error) {
+                           (void)texts;  // kept until here
                            reply(tarnelNSError(error));
                          }));
 }

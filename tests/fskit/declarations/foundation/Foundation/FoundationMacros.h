@@ -19,6 +19,7 @@
 #define NS_TYPED_EXTENSIBLE_ENUM
 #define NS_DESIGNATED_INITIALIZER __attribute__((objc_designated_initializer))
 #define NS_RETURNS_INNER_POINTER __attribute__((objc_returns_inner_pointer))
+#define NS_VALID_UNTIL_END_OF_SCOPE __attribute__((objc_precise_lifetime))
 #define NS_UNAVAILABLE __attribute__((unavailable))
 #define NS_SWIFT_NAME(name) __attribute__((swift_name(#name)))
 #define NS_REFINED_FOR_SWIFT __attribute__((swift_private))

@@ -9,7 +9,7 @@ enum : NSStringEncoding { NSASCIIStringEncoding = 1, NSUTF8StringEncoding = 4 };
 
 @interface NSString : NSObject <NSCopying, NSSecureCoding>
 @property(readonly) NSUInteger length;
-@property(nullable, readonly) const char* UTF8String;
+@property(nullable, readonly) const char* UTF8String NS_RETURNS_INNER_POINTER;
 + (instancetype)string;
 + (nullable instancetype)stringWithUTF8String:(const char*)text;
 + (instancetype)stringWithFormat:(NSString*)format, ... __attribute__((format(__NSString__, 1, 2)));

@@ -4,9 +4,11 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <optional>
 #include <vector>
 
 #include "control/Text.h"
+#include "host/Refusal.h"
 
 namespace tarnel {
 namespace {
@@ -14,9 +16,9 @@ namespace {
 constexpr std::size_t firstBuffer = 4'096;
 constexpr std::size_t largestBuffer = 1'048'576;  // a group's record lists its members
 
-// ask(buffer, size, name) returns what getpwuid_r does.
+// ask(buffer, size, name) returns what getpwuid_r does. nullopt when the system had no means to look.
 template <class Ask>
-std::string nameOrNumber(unsigned long number, Ask ask) {
+std::optional<std::string> nameOrNumber(unsigned long number, Ask ask) {
   const char* name = nullptr;
   std::vector<char> buffer;
   int error = ERANGE;
@@ -24,11 +26,12 @@ std::string nameOrNumber(unsigned long number, Ask ask) {
     buffer.resize(size);
     error = ask(buffer.data(), size, name);
   }
+  if (refusalFor(error) == Refusal::exhausted) return std::nullopt;
   if (error != 0 || name == nullptr || !isValidUtf8(name)) return std::to_string(number);
   return name;
 }
 
-std::string askOwner(uid_t uid) {
+std::optional<std::string> askOwner(uid_t uid) {
   return nameOrNumber(uid, [uid](char* buffer, std::size_t size, const char*& name) {
     passwd record;
     passwd* found = nullptr;
@@ -38,7 +41,7 @@ std::string askOwner(uid_t uid) {
   });
 }
 
-std::string askGroup(gid_t gid) {
+std::optional<std::string> askGroup(gid_t gid) {
   return nameOrNumber(gid, [gid](char* buffer, std::size_t size, const char*& name) {
     ::group record;
     ::group* found = nullptr;
@@ -55,9 +58,10 @@ std::string AccountNames::owner(uid_t uid) {
     MutexLock hold(lock);
     if (const auto known = owners.find(uid); known != owners.end()) return known->second;
   }
-  std::string name = askOwner(uid);
+  auto name = askOwner(uid);
+  if (!name) return std::to_string(uid);
   MutexLock hold(lock);
-  return owners.try_emplace(uid, std::move(name)).first->second;
+  return owners.try_emplace(uid, std::move(*name)).first->second;
 }
 
 std::string AccountNames::group(gid_t gid) {
@@ -65,9 +69,10 @@ std::string AccountNames::group(gid_t gid) {
     MutexLock hold(lock);
     if (const auto known = groups.find(gid); known != groups.end()) return known->second;
   }
-  std::string name = askGroup(gid);
+  auto name = askGroup(gid);
+  if (!name) return std::to_string(gid);
   MutexLock hold(lock);
-  return groups.try_emplace(gid, std::move(name)).first->second;
+  return groups.try_emplace(gid, std::move(*name)).first->second;
 }
 
 }  // namespace tarnel

@@ -27,6 +27,13 @@ bool isSearchable(int directoryFD) {
   return ::fstatat(directoryFD, "./.", &status, 0) == 0 || errno != EACCES;
 }
 
+// An entry that cannot be served is left out. One that could not be looked at for want of a
+// descriptor may be served the next time: without it the listing would be untrue.
+HostResult<std::optional<struct stat>> leftOut(Refusal why) {
+  if (why == Refusal::exhausted) return std::unexpected(why);
+  return std::nullopt;
+}
+
 }  // namespace
 
 HostResult<Listing> DirectoryLister::run() {
@@ -90,10 +97,11 @@ HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* nam
     // A directory that may be read but not entered refuses every entry alike: an empty listing
     // would be untrue. Anything else is this entry's own: it has just gone, or another user's FUSE
     // mount stands there, which refuses even root.
-    if (errno == EACCES && !isSearchable(directoryFD)) {
+    const int error = errno;
+    if (error == EACCES && !isSearchable(directoryFD)) {
       return std::unexpected(Refusal::permissionDenied);
     }
-    return std::nullopt;
+    return leftOut(refusalFor(error));
   }
   if (S_ISLNK(status.st_mode)) return throughWalk(name);
   if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return std::nullopt;
@@ -101,12 +109,13 @@ HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* nam
   return status;
 }
 
-std::optional<struct stat> DirectoryLister::throughWalk(const char* name) {
+HostResult<std::optional<struct stat>> DirectoryLister::throughWalk(const char* name) {
   if (!walk) walk.emplace(resolver.enter(path));
+  if (!*walk) return leftOut(walk->error());
   // Another directory may stand at the path by now; its links are not this one's.
-  if (!*walk || (*walk)->id() != directory) return std::nullopt;
+  if ((*walk)->id() != directory) return std::nullopt;
   const auto target = (*walk)->look(name);
-  if (!target) return std::nullopt;
+  if (!target) return leftOut(target.error());
   return target->status;
 }
 

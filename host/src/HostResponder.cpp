@@ -21,6 +21,13 @@ HostResult<Bytes> lineOf(const HostResult<ControlResponse>& response) {
   return answerLine(*response);
 }
 
+// Every reader takes a refusal that it does not know for a missing path. What only the host's own
+// want keeps it from looking at must not seem to be gone, so the client is hung up on: that it takes
+// for what it is, and its connection's descriptor is free.
+bool refuse(Refusal refusal, AnswerSink& sink) {
+  return refusal != Refusal::exhausted && sink.send(answerLine(refusal));
+}
+
 // A stream that is over before it began.
 bool sendError(Refusal refusal, AnswerSink& sink) {
   StreamWriter writer(sink);
@@ -33,12 +40,12 @@ bool sendError(Refusal refusal, AnswerSink& sink) {
 bool HostResponder::answer(const ControlRequest& request, AnswerSink& sink) {
   if (request.op == ControlOp::read) {
     const auto sent = read(request, sink);
-    return sent ? *sent : sink.send(answerLine(sent.error()));
+    return sent ? *sent : refuse(sent.error(), sink);
   }
   if (request.op == ControlOp::readStream) return readStream(request, sink);
   if (request.op == ControlOp::readTreeStream) return readTreeStream(request, sink);
   const auto line = dispatch(request, sink);
-  return sink.send(line ? *line : answerLine(line.error()));
+  return line ? sink.send(*line) : refuse(line.error(), sink);
 }
 
 HostResult<Bytes> HostResponder::dispatch(const ControlRequest& request, AnswerSink& sink) {

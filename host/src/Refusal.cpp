@@ -16,6 +16,8 @@ std::string_view description(Refusal refusal) {
       return "permission denied";
     case Refusal::ioError:
       return "i/o error";
+    case Refusal::exhausted:
+      return "out of descriptors or memory";
     case Refusal::listingTooLarge:
       return "listing too large for one answer";
     case Refusal::folderTooLarge:
@@ -80,6 +82,10 @@ Refusal refusalFor(int error) {
     case EACCES:
     case EPERM:
       return Refusal::permissionDenied;
+    case EMFILE:
+    case ENFILE:
+    case ENOMEM:
+      return Refusal::exhausted;
     default:
       return Refusal::ioError;
   }

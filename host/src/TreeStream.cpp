@@ -76,12 +76,16 @@ void TreeStream::visit(const DirectoryNames::Name& name) {
       sendFile(relativePath());
       break;
     case DirectoryNames::Kind::link:
-      if (const auto status = share.status(path); status && S_ISREG(status->st_mode)) {
-        sendFile(relativePath());
-      }
+      if (leadsToFile()) sendFile(relativePath());
       break;
   }
   path.resize(parentLength);
+}
+
+// True also when nobody knows: then the file is told as failed.
+bool TreeStream::leadsToFile() const {
+  const auto status = share.status(path);
+  return status ? S_ISREG(status->st_mode) : status.error() == Refusal::exhausted;
 }
 
 void TreeStream::sendFile(std::string_view relpath) {

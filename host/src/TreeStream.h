@@ -50,6 +50,7 @@ class TreeStream {
   // False when nobody waits for the rest of it.
   [[nodiscard]] bool walk();
   void visit(const DirectoryNames::Name& name);
+  [[nodiscard]] bool leadsToFile() const;
   void sendFile(std::string_view relpath);
   // False when it is not walked; what there is to say of it has been said.
   bool enterDirectory(std::size_t parentLength);

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,6 +22,7 @@
 #include "control/UniqueFd.h"
 #include "control/UnixSocketServer.h"
 #include "support/Eventually.h"
+#include "support/NoMoreDescriptors.h"
 #include "support/OpenDescriptors.h"
 #include "support/TempDir.h"
 
@@ -189,22 +189,6 @@ TEST_F(UnixSocketServerTest, stopsAlsoWhileAChildProcessHoldsItsDescriptors) {
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
 }
-
-// No new descriptor for this process, for as long as it lives.
-class NoMoreDescriptors {
- public:
-  NoMoreDescriptors() {
-    EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const int lowestFree = ::dup(STDERR_FILENO);
-    ::close(lowestFree);
-    const rlimit none{.rlim_cur = static_cast<rlim_t>(lowestFree), .rlim_max = before.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-  }
-  ~NoMoreDescriptors() { EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0); }
-
- private:
-  rlimit before{};
-};
 
 TEST_F(UnixSocketServerTest, withoutADescriptorLeftItRestsAndTakesTheConnectionLater) {
   ASSERT_TRUE(server->start().has_value());

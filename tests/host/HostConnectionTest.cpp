@@ -3,6 +3,7 @@
 #include "HostFixture.h"
 #include "control/ControlWire.h"
 #include "support/Eventually.h"
+#include "support/NoMoreDescriptors.h"
 #include "support/OpenDescriptors.h"
 
 namespace tarnel::test {
@@ -147,6 +148,36 @@ TEST_F(HostConnections, manyConnectionsAreServedAtOnce) {
     });
   }
   for (auto& thread : threads) thread.join();
+}
+
+// A reader takes every refusal for a missing path, and a listing without an entry for one that has
+// gone; a hang-up it takes for what it is.
+TEST_F(HostConnections, withoutDescriptorsAnAnswerIsWholeOrThereIsNone) {
+  temp.file(docs("folder/file"), "bytes");
+  temp.link(docs("folder/link"), "file");
+  temp.link(docs("way"), "folder");
+  startHost();
+  const auto atRest = openDescriptors();
+  const std::vector<std::string> requests = {
+      R"({"op":"stat","name":"me/Docs/folder/link"})", R"({"op":"list","name":"me/Docs/folder"})",
+      R"({"op":"list","name":"me/Docs/way"})", R"({"op":"read","name":"me/Docs/way/link"})"};
+  for (const std::string& request : requests) {
+    const auto whole = RawClient(socketPath()).ask(request);
+    ASSERT_TRUE(whole);
+    EXPECT_TRUE(whole->starts_with(R"({"status":"ok")")) << *whole;
+    int hangUps = 0;
+    for (int spare = 0; spare < 8; ++spare) {
+      ASSERT_TRUE(eventually([&] { return openDescriptors() == atRest; }));
+      RawClient client(socketPath());
+      ASSERT_TRUE(isGood(client.ask(statDocs)));
+      const NoMoreDescriptors few(spare);
+      const auto answer = client.ask(request);
+      if (!answer) ++hangUps;
+      EXPECT_EQ(answer.value_or(*whole), *whole) << spare << " of " << request;
+    }
+    EXPECT_GE(hangUps, 1) << request;
+    EXPECT_LT(hangUps, 8) << request;
+  }
 }
 
 TEST_F(HostConnections, oneConnectionTooManyIsClosedAtOnceAndAPlaceIsFreeAgainAfterAHangUp) {

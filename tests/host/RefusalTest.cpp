@@ -17,14 +17,15 @@ TEST(Refusal, onlyTheTwoMeantTextsHoldTheWordsThatReadersLookFor) {
   EXPECT_TRUE(holds(Refusal::notDirectory, "not a directory"));
   EXPECT_FALSE(holds(Refusal::notDirectory, "is a directory"));
   for (const Refusal other :
-       {Refusal::noSuchFile,        Refusal::permissionDenied,  Refusal::ioError,
-        Refusal::listingTooLarge,   Refusal::noLocation,        Refusal::invalidOffset,
-        Refusal::invalidLength,     Refusal::invalidLimit,      Refusal::malformedRequest,
-        Refusal::notServed,         Refusal::folderTooLarge,    Refusal::folderTooDeep,
-        Refusal::fileBecameShorter, Refusal::unusableShareName, Refusal::shareNameTaken,
-        Refusal::noSuchShare,       Refusal::folderNotAbsolute, Refusal::folderIsOwnMount,
-        Refusal::folderIsSecret,    Refusal::tooManyShares,     Refusal::tooManyReviews,
-        Refusal::noReviewWaiting,   Refusal::notReviewed,       Refusal::capsNotAcknowledged}) {
+       {Refusal::noSuchFile,         Refusal::permissionDenied,  Refusal::ioError,
+        Refusal::exhausted,          Refusal::listingTooLarge,   Refusal::noLocation,
+        Refusal::invalidOffset,      Refusal::invalidLength,     Refusal::invalidLimit,
+        Refusal::malformedRequest,   Refusal::notServed,         Refusal::folderTooLarge,
+        Refusal::folderTooDeep,      Refusal::fileBecameShorter, Refusal::unusableShareName,
+        Refusal::shareNameTaken,     Refusal::noSuchShare,       Refusal::folderNotAbsolute,
+        Refusal::folderIsOwnMount,   Refusal::folderIsSecret,    Refusal::tooManyShares,
+        Refusal::tooManyReviews,     Refusal::noReviewWaiting,   Refusal::notReviewed,
+        Refusal::capsNotAcknowledged}) {
     EXPECT_FALSE(holds(other, "is a directory")) << description(other);
     EXPECT_FALSE(holds(other, "not a directory")) << description(other);
     EXPECT_FALSE(holds(other, "not a file")) << description(other);
@@ -41,7 +42,9 @@ TEST(Refusal, errnoIsToldAsWhatTheAskerCanUse) {
   EXPECT_EQ(refusalFor(EACCES), Refusal::permissionDenied);
   EXPECT_EQ(refusalFor(EPERM), Refusal::permissionDenied);
   EXPECT_EQ(refusalFor(EIO), Refusal::ioError);
-  EXPECT_EQ(refusalFor(EMFILE), Refusal::ioError);
+  for (const int want : {EMFILE, ENFILE, ENOMEM}) {
+    EXPECT_EQ(refusalFor(want), Refusal::exhausted);
+  }
 }
 
 }  // namespace

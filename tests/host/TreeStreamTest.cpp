@@ -6,6 +6,7 @@
 
 #include "StreamFixture.h"
 #include "support/Eventually.h"
+#include "support/NoMoreDescriptors.h"
 #include "support/OpenDescriptors.h"
 
 #if defined(__linux__)
@@ -254,6 +255,27 @@ TEST_F(TreeStreamTest, aHeaderThatIsLargerThanAWindowComesWhole) {
   ASSERT_EQ(received.headers.size(), std::size_t{levels});
   EXPECT_EQ(received.headers.back().relpath, path);
   EXPECT_EQ(received.lines.back(), "eof");
+}
+
+TEST_F(TreeStreamTest, whatCannotBeOpenedForWantOfDescriptorsIsTold) {
+  file("a/b/c", "1");
+  temp.link(docs("z"), "a/b/c");
+  startHost();
+  const auto atRest = openDescriptors();
+  for (int spare = 0; spare < 6; ++spare) {
+    ASSERT_TRUE(eventually([&] { return openDescriptors() == atRest; }));
+    StreamClient client(socketPath());
+    ASSERT_TRUE(client.ask({.op = ControlOp::shares}).shares);
+    const NoMoreDescriptors few(spare);
+    client.begin(ControlOp::readTreeStream, "me/Docs");
+    const auto received = receiveTree(client);
+    if (received.headers.empty()) {
+      EXPECT_EQ(received.lines, ReceivedTree{"error: out of descriptors or memory"});
+    } else {
+      EXPECT_EQ(received.headers.back().relpath, "z") << "with " << spare << " descriptors";
+      EXPECT_EQ(received.lines.back(), "eof");
+    }
+  }
 }
 
 TEST_F(TreeStreamTest, aClientThatStopsReadingDoesNotHoldUpTheHostsEnd) {

@@ -1,6 +1,7 @@
 // The names of users and groups, each asked of the system once in the life of the process.
 //
-// An id without a name, or with one that is not valid UTF-8, is its number as text.
+// An id without a name, or with one that is not valid UTF-8, is its number as text; so is one for
+// which there is no descriptor left to look with, until it is asked for again.
 // Threads: any.
 #pragma once
 

@@ -50,7 +50,7 @@ class DirectoryLister {
   [[nodiscard]] HostResult<void> writeEntry(const char* name);
   // nullopt leaves the entry out.
   [[nodiscard]] HostResult<std::optional<struct stat>> statusOf(const char* name);
-  [[nodiscard]] std::optional<struct stat> throughWalk(const char* name);
+  [[nodiscard]] HostResult<std::optional<struct stat>> throughWalk(const char* name);
   [[nodiscard]] bool isComplete() const;
 
   const BeneathResolver& resolver;

@@ -16,6 +16,7 @@ enum class Refusal {
   notDirectory,
   permissionDenied,
   ioError,
+  exhausted,  // no descriptor or no memory left: says nothing of the path, so no answer tells it
   listingTooLarge,
   folderTooLarge,
   folderTooDeep,

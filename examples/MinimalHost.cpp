@@ -51,13 +51,14 @@ std::expected<ControlStat, int> statOf(const fs::path& path) {
 }
 
 ControlResponse list(const fs::path& path, const ControlRequest& request) {
-  const auto limit = static_cast<std::uint64_t>(request.limit.value_or(INT64_MAX));
+  const std::int64_t limit = request.limit.value_or(INT64_MAX);
+  if (limit < 0) return ControlResponse::error("invalid limit");
   std::vector<ControlStat> entries;
   std::vector<ControlName> names;
   std::error_code error;
   for (fs::directory_iterator at(path, error), end; !error && at != end; at.increment(error)) {
     auto stat = statOf(at->path());
-    if (!stat || !isValidUtf8(stat->name) || entries.size() == limit) continue;
+    if (!stat || !isValidUtf8(stat->name) || std::ssize(entries) == limit) continue;
     names.emplace_back(stat->name, stat->isDirectory);
     entries.push_back(std::move(*stat));
   }
@@ -69,12 +70,12 @@ ControlResponse list(const fs::path& path, const ControlRequest& request) {
 // An answer may hold fewer bytes than were asked for; only an empty one is the end of the file.
 ControlResponse read(const fs::path& path, std::int64_t fileSize, const ControlRequest& request) {
   const std::int64_t offset = request.offset.value_or(0);
-  const std::int64_t wanted = request.length.value_or(ControlStreamFrame::window);
-  if (offset < 0 || wanted < 0) return ControlResponse::error("invalid range");
-  const std::int64_t left = std::max<std::int64_t>(fileSize - offset, 0);
-  const std::int64_t size = std::min({wanted, left, ControlStreamFrame::window});
+  const auto most = std::min(request.length.value_or(INT64_MAX), ControlStreamFrame::window);
+  if (offset < 0 || most < 0) return ControlResponse::error("invalid range");
+  const std::int64_t size = std::clamp<std::int64_t>(fileSize - offset, 0, most);
   Bytes bytes(static_cast<std::size_t>(size), '\0');
   const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  if (!file.valid()) return refusal(errno);
   const ssize_t count = ::pread(file.get(), bytes.data(), bytes.size(), offset);
   if (count < 0) return refusal(errno);
   return {.dataBase64 = base64::encode({bytes.data(), static_cast<std::size_t>(count)})};
@@ -130,8 +131,7 @@ int run(int argc, char** argv) {
   if (error) return fail("usage: minimal-host SOCKET DIR");
   sigset_t ends;
   sigemptyset(&ends);
-  sigaddset(&ends, SIGINT);
-  sigaddset(&ends, SIGTERM);
+  for (const int end : {SIGINT, SIGTERM}) sigaddset(&ends, end);
   ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
   const auto server = UnixSocketServer::make(argv[1]);
   server->onConnection = [folder](int fd) {

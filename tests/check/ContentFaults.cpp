@@ -173,6 +173,14 @@ void addListFaults(std::vector<FaultCase>& faults) {
                       if (request.limit != 1 || !response.entries) return;
                       response.entries->push_back(response.entries->front());
                     })});
+  faults.push_back({"a negative limit taken for none",
+                    507,
+                    {},
+                    changing([](const ControlRequest& request, ControlResponse& response) {
+                      if (request.limit.value_or(0) >= 0) return;
+                      response = ControlResponse::ok();
+                      response.entries.emplace();
+                    })});
   faults.push_back(
       {"a file's listing called missing", 508, {}, saying("not a directory", "no such file")});
   faults.push_back(

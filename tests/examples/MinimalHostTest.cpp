@@ -88,6 +88,7 @@ TEST_F(MinimalHostTest, listsNamesAloneAndNoMoreThanTheLimit) {
               testing::UnorderedElementsAre(ControlName("a.txt", false), ControlName("sub", true)));
   EXPECT_EQ(ask({.op = ControlOp::list, .name = "me/Docs", .limit = 1}).entries.value().size(), 1U);
   EXPECT_EQ(ask({.op = ControlOp::list, .name = "me/Docs", .limit = 0}).entries.value().size(), 0U);
+  EXPECT_EQ(ask({.op = ControlOp::list, .name = "me/Docs", .limit = -1}).message, "invalid limit");
 }
 
 TEST_F(MinimalHostTest, isFoundWithoutFaultByTheCommandThatChecksHosts) {
@@ -106,6 +107,12 @@ TEST_F(MinimalHostTest, readsAtAnyOffsetAndGivesNothingPastTheEnd) {
   EXPECT_EQ(read("me/Docs/a.txt", 0, std::numeric_limits<std::int64_t>::max()), "hello\n");
   EXPECT_EQ(read("me/Docs/a.txt", -1, 1), "no data");
   EXPECT_EQ(read("me/Docs/a.txt", 0, -1), "no data");
+}
+
+TEST_F(MinimalHostTest, aFileThatMayNotBeReadIsNotCalledMissing) {
+  if (::geteuid() == 0) GTEST_SKIP() << "SKIPPED: root reads everything";
+  ASSERT_EQ(::chmod((tree / "Docs/a.txt").c_str(), 0), 0);
+  EXPECT_EQ(messageOf(ControlOp::read, "me/Docs/a.txt"), "permission denied");
 }
 
 TEST_F(MinimalHostTest, refusesInWordsThatAReaderUnderstands) {

@@ -116,7 +116,9 @@ CheckVerdict aLimitIsKept(HostProbe& host) {
                          ": list the first of what is there");
     }
   }
-  return passed();
+  ControlRequest negative = listRequest(*host.material().folder);
+  negative.limit = -1;
+  return isRefused(host, negative);
 }
 
 CheckVerdict aFileHasNoListing(HostProbe& host) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarnel {
@@ -23,6 +24,8 @@ struct MountArguments {
   bool foreground = false;
   bool debug = false;
 };
+// What -o takes on this system.
+extern const std::string_view mountOptionNames;
 int runMount(const MountArguments& arguments);
 
 struct UnmountArguments {

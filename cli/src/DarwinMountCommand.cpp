@@ -4,6 +4,7 @@
 #include <expected>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "Commands.h"
 #include "Console.h"
@@ -34,6 +35,8 @@ std::expected<std::string, int> resolved(const std::string& given) {
 }
 
 }  // namespace
+
+constinit const std::string_view mountOptionNames = SystemMount::optionNames;
 
 int runMount(const MountArguments& arguments) {
   auto options = SystemMount::optionsFor({.socket = arguments.socketIsGiven,

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "CommandResource.h"
 #include "Commands.h"
@@ -187,6 +188,9 @@ int serveMount(const MountArguments& arguments, const std::string& path,
 }
 
 }  // namespace
+
+constinit const std::string_view mountOptionNames =
+    "ro, allow_other, default_permissions, attr_timeout=S, entry_timeout=S";
 
 int runMount(const MountArguments& arguments) {
   MountOptions options;

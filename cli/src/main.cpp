@@ -124,9 +124,7 @@ class CommandLine {
     addSocket(*command, mount.socket);
     command->add_flag("-f,--foreground", mount.foreground, "Stay in the foreground");
     command->add_flag("--debug", mount.debug, "Log every request (in the foreground)");
-    command
-        ->add_option("-o", mount.options,
-                     "ro, allow_other, default_permissions, attr_timeout=S, entry_timeout=S")
+    command->add_option("-o", mount.options, std::string(mountOptionNames))
         ->type_name("OPTIONS")
         ->allow_extra_args(false)
         ->take_all();

@@ -153,6 +153,9 @@ TEST_F(SystemMountTest, whatIsNoFolderIsRefusedBeforeMountIsRun) {
 TEST_F(SystemMountTest, onlyOptionsThatCanWorkHereAreTaken) {
   EXPECT_EQ(SystemMount::optionsFor({}), Lines{});
   EXPECT_EQ(SystemMount::optionsFor({.options = {"ro,nobrowse", "ro"}}), Lines{"nobrowse"});
+  std::string named(SystemMount::optionNames);
+  std::erase(named, ' ');
+  EXPECT_TRUE(SystemMount::optionsFor({.options = {named}})) << "what the help names";
   for (const char* option : {"attr_timeout=1", "entry_timeout=0", "ro,attr_timeout=2"}) {
     const auto taken = SystemMount::optionsFor({.options = {option}});
     ASSERT_FALSE(taken) << option;

@@ -38,6 +38,8 @@ struct Wishes {
   std::vector<std::string> options = {};  // each may hold several, between commas
 };
 
+inline constexpr std::string_view optionNames = "ro, nobrowse";
+
 // The options that the system's mount is to be given; `ro` needs none. Otherwise why one of the
 // wishes cannot come true here.
 [[nodiscard]] std::expected<std::vector<std::string>, std::string> optionsFor(const Wishes& wishes);

@@ -61,7 +61,7 @@ class SignalWatch {
     }
     {
       MutexLock hold(lock);
-      if (isFinished) return;
+      if (isFinished) dieOf(number);  // the report may wait for whoever reads it
       taken = number;
     }
     interruption.raise();

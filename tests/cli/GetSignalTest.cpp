@@ -1,7 +1,10 @@
 // Copies that are interrupted, and what is shown on a terminal meanwhile.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 
 #include "GetFixture.h"
+#include "control/UniqueFd.h"
 #include "support/Eventually.h"
 
 namespace tarnel::test {
@@ -77,6 +80,28 @@ TEST_F(GetSignalTest, anInterruptedCopyIsNotTakenForAWholeOne) {
               StreamBytes().file("part", "0123456789").eof().reply());
   expectDone(getDocs({"--resume"}));
   EXPECT_EQ(content("Docs/sub/part"), "0123456789");
+}
+
+TEST_F(GetSignalTest, aSignalEndsAReportThatNobodyReads) {
+  StreamBytes stream;
+  for (int i = 0; i < 100; ++i) stream.folder("../" + std::string(4'000, 'n'));
+  streamDocs(stream.eof());
+  const std::string pipe = dest / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const UniqueFd reader(::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  ASSERT_TRUE(reader.valid());
+  Program program(
+      {"sh", "-c", "exec \"$T\" get --json me/Docs \"$D\" > \"$D/pipe\""},
+      {.environment = {
+           {"TARNEL_SOCKET", host.path()}, {"T", tarnelProgram()}, {"D", dest.path()}}});
+  const auto waiting = [&] {
+    int bytes = 0;
+    return ::ioctl(reader.get(), FIONREAD, &bytes) == 0 ? bytes : -1;
+  };
+  constexpr int muchOfAPipe = 60'000;  // of 65,536; the rest needs another write
+  ASSERT_TRUE(eventually([&] { return waiting() > muchOfAPipe; }));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait().status, 128 + SIGINT);
 }
 
 TEST_F(GetSignalTest, aTerminalShowsALineThatIsGoneInTheEnd) {

@@ -28,7 +28,8 @@ std::optional<FileStat> FabricItem::lastStat() const {
                   .mtimeMs = known.mtimeMs,
                   .isDirectory = known.isDirectory,
                   .mode = known.mode,
-                  .nlink = known.nlink};
+                  .nlink = known.nlink,
+                  .isSymlink = known.isSymlink};
 }
 
 void FabricItem::setLastStat(const FileStat& stat) {
@@ -37,6 +38,7 @@ void FabricItem::setLastStat(const FileStat& stat) {
                            .mode = stat.mode,
                            .nlink = stat.nlink,
                            .isDirectory = stat.isDirectory,
+                           .isSymlink = stat.isSymlink,
                            .isKnown = true};
   ItemLockHold hold(lock);
   _lastStat = known;

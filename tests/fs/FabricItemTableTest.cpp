@@ -142,6 +142,24 @@ TEST(FabricItem, holdsTheStatusThatWasStoredLast) {
   EXPECT_EQ(item.lastStat(), sized(3));
 }
 
+TEST(FabricItem, keepsAStatusButForItsOwnersUnderTheNameOfThePath) {
+  FileStat told = {.name = "another",
+                   .size = 1,
+                   .mtimeMs = -2,
+                   .isDirectory = true,
+                   .mode = 3,
+                   .nlink = 4,
+                   .owner = "o",
+                   .group = "g",
+                   .isSymlink = true};
+  const auto paths = std::make_shared<FSItemIDAllocator>();
+  const FabricItem item(paths, paths->entry("a/b"), 3, false, &told);
+  told.name = "b";
+  told.owner.clear();
+  told.group.clear();
+  EXPECT_EQ(item.lastStat(), told);
+}
+
 TEST(FabricItem, givesWholeStatusesToThreadsThatReadWhileOthersStore) {
   const auto paths = std::make_shared<FSItemIDAllocator>();
   FabricItem item(paths, paths->entry("a/b"), 3, false, nullptr);

@@ -31,7 +31,8 @@ class FabricItem final : public Item {
   const bool isSynthesizedDirectory;  // the root and the peers: the host is never asked about them
 
   // The last status that a lookup or an attribute request received; absent for what is synthesized.
-  // What nothing ever asks for again, the owner's and the group's name, is not kept.
+  // Its name is the end of the path. The owner's and the group's, which nothing ever asks for again,
+  // are not kept.
   [[nodiscard]] std::optional<FileStat> lastStat() const EXCLUDES(lock);
   void setLastStat(const FileStat& stat) EXCLUDES(lock);
 
@@ -42,6 +43,7 @@ class FabricItem final : public Item {
     std::uint32_t mode;
     std::uint32_t nlink;
     bool isDirectory;
+    bool isSymlink;
     bool isKnown;
   };
 

@@ -161,7 +161,11 @@ TEST_F(VolumeRead, ofADirectoryIsRefusedWithoutTheHost) {
 }
 
 TEST_F(VolumeRead, ofADirectoryIsRefusedBeforeItsOffsetIsLookedAt) {
-  EXPECT_EQ(read(root(), -1, 3, std::make_shared<ByteBuffer>(3)), std::tuple(0, posixError(21)));
+  source->putDirectory("me/Docs");
+  for (const char* path : {"", "me/Docs"}) {
+    EXPECT_EQ(read(item(path), -1, 3, std::make_shared<ByteBuffer>(3)),
+              std::tuple(0, posixError(21)));
+  }
 }
 
 TEST_F(VolumeRead, ofAnItemWithoutAStatusIsTheHostsToJudge) {
@@ -268,6 +272,13 @@ TEST_F(VolumeRead, aReadBetweenTwoChunksEndsWhenTheVolumeIsUnmounted) {
   replies[0](Bytes("12345"));
   EXPECT_EQ(answer.wait(), std::tuple(0, posixError(57)));
   EXPECT_TRUE(late->replies.empty());
+}
+
+TEST_F(VolumeRead, aVolumeThatWasDeactivatedReadsOnWhenItIsAskedAgain) {
+  const auto a = file("0123456789");
+  source->limitChunks(4);
+  volume->deactivate([](OptionalError) {});
+  EXPECT_EQ(read(a, 0, 10, std::make_shared<ByteBuffer>(10)), std::tuple(10, std::nullopt));
 }
 
 TEST_F(VolumeRead, aChunkThatComesWhileTheVolumeIsUnmountedIsTheLast) {

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ChannelOutcome.h"
@@ -329,8 +331,54 @@ TEST_F(ControlChannelTest, anAnswerIsGivenAfterTheRequestBehindItIsWritten) {
   ASSERT_TRUE(host.waitForRequests(1));
   auto next = start(*channel, statOf("next"));
   host.release();
-  EXPECT_TRUE(nextWasAtTheHost.get_future().get());
+  auto told = nextWasAtTheHost.get_future();
+  ASSERT_EQ(told.wait_for(waitBound), std::future_status::ready);
+  EXPECT_TRUE(told.get());
   EXPECT_EQ(textOf(next.wait()), "next");
+}
+
+TEST_F(ControlChannelTest, everyRequestIsRepliedOnceAndInOrderWhateverBecomesOfIt) {
+  host.answerWith([](const std::string& line) {
+    if (line == lineOf("first")) return HostReply().stall().answer(ok);
+    if (line == lineOf("bad")) return HostReply().answer("not JSON");
+    if (line == lineOf("gone")) return HostReply().hangUp();
+    return HostReply().answer(ok);
+  });
+  std::vector<std::string> replies;  // the channel's thread only, until the last one
+  const auto ask = [&](
+                       const std::string& name, std::function<void()> then = [] {}) {
+    channel->request(statOf(name), 20, [&, name, then](const ControlChannelResult& result) {
+      replies.push_back(name + ": " + textOf(result));
+      then();
+    });
+  };
+  ask("first");
+  ASSERT_TRUE(host.waitForRequests(1));
+  std::vector<std::string> expected = {"first: ok"};
+  const std::pair<std::string, std::string> kinds[] = {
+      {"good", "ok"},           {"bad", "decoding error"},
+      {"good", "ok"},           {"\xff", "encoding error"},
+      {"gone", disconnected},   {"gone", disconnected},
+      {"bad", "decoding error"}};
+  for (int round = 0; round < 5; ++round) {
+    for (const auto& [name, outcome] : kinds) {
+      ask(name);
+      expected.push_back(name + ": " + outcome);
+    }
+  }
+  // Given when the request behind it has been written, which may therefore be answered still.
+  ask("last", [&] { channel->cancelAll(); });
+  ask("written");
+  for (int i = 0; i < 3; ++i) ask("queued");
+  host.release();
+  // Behind all of them, on the channel's thread too.
+  ASSERT_TRUE(eventually([&] { return textOf(start(*channel, statOf("end")).wait()) == "ok"; }));
+  ASSERT_EQ(replies.size(), expected.size() + 5);
+  EXPECT_TRUE(replies[expected.size() + 1].starts_with("written: "));
+  replies.erase(replies.end() - 4);
+  expected.emplace_back("last: ok");
+  expected.insert(expected.end(), 3, std::string("queued: ") + disconnected);
+  EXPECT_EQ(replies, expected);
 }
 
 TEST_F(ControlChannelTest, anAnswerIsGivenWhileTheHostIsSilentAboutTheNextRequest) {

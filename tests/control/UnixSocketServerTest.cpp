@@ -116,6 +116,19 @@ TEST_F(UnixSocketServerTest, startsAgainAfterStop) {
   EXPECT_TRUE(eventually([&] { return taken.count() == 1; }));
 }
 
+TEST_F(UnixSocketServerTest, startedTwiceItListensAnewAndLeavesWhatTheFirstOpened) {
+  ASSERT_TRUE(server->start().has_value());
+  ASSERT_TRUE(hasTakenOne());
+  const std::size_t before = openDescriptors();
+  ASSERT_TRUE(server->start().has_value());
+  const UniqueFd client(connectUnixSocket(path).value_or(-1));
+  EXPECT_TRUE(eventually([&] { return taken.count() == 2; }));
+  server->stop();
+  EXPECT_NE(::access(path.c_str(), F_OK), 0);
+  // What stays is the two ends of this connection and nothing else that is new.
+  EXPECT_TRUE(eventually([&] { return openDescriptors() == before + 2; }));
+}
+
 TEST_F(UnixSocketServerTest, stopClosesWhatStartOpened) {
   const std::size_t before = openDescriptors();
   ASSERT_TRUE(server->start().has_value());

@@ -129,6 +129,18 @@ TEST_F(GetAgainTest, aCopyUnderANewNameIsResumedInItsPlace) {
   EXPECT_EQ(content("empty/Docs/a"), "hello");
 }
 
+TEST_F(GetAgainTest, aCopyOfEveryShareUnderANewNameIsResumedInItsPlace) {
+  expectDone(get({"me", dest / "new"}));
+  const auto before = everything();
+  const std::size_t asked = transfers();
+  expectDone(get({"--resume", "me", dest / "new"}));
+  EXPECT_EQ(everything(), before);
+  EXPECT_EQ(transfers(), asked);
+  put("new/mine", "stays");
+  expectDone(get({"--resume", "me", dest / "new"}));
+  EXPECT_EQ(content("new/me/Docs/a"), "hello");
+}
+
 TEST_F(GetAgainTest, resumingWithNothingThereIsAFreshCopy) {
   expectDone(getDocs({"--resume"}));
   EXPECT_EQ(content("Docs/sub/b"), "world");

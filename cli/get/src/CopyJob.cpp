@@ -25,6 +25,8 @@ mode_t currentMask() {
 
 std::string lastName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
+bool isInShare(const std::string& path) { return FabricLocation::parse(path).inShare() != nullptr; }
+
 // The path with single slashes; ENOENT for one that no volume has.
 CopyResult<std::string> normalised(const std::string& path) {
   std::string clean;
@@ -74,14 +76,14 @@ void CopyJob::copyPath(const std::string& path) {
   const auto clean = normalised(path);
   if (!clean) return context.fail(path, clean.error());
   std::string name = destination.newName.value_or(lastName(*clean));
-  if (FabricLocation::parse(*clean).inShare() == nullptr) return copyShares(*clean, name);
   if (isCopyItself(*clean, name)) {
     auto opened = CopyDestination::openAsCopy(options.destination);
     if (!opened) return context.fail(options.destination, opened.error());
     destination = std::move(*opened);
     name = *destination.newName;
   }
-  copyOne(*clean, name);
+  if (isInShare(*clean)) return copyOne(*clean, name);
+  copyShares(*clean, name);
 }
 
 // `get PATH new` made the folder "new"; to go on with it, `get --resume PATH new` must not put the
@@ -91,17 +93,34 @@ bool CopyJob::isCopyItself(const std::string& remote, const std::string& name) {
   const int folder = destination.folder.get();
   struct stat there{};
   if (::fstatat(folder, name.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0) return false;
-  const auto listing = source.list(remote);
-  if (!listing) return false;
+  const HasEntry has = entriesOf(remote);
+  if (!has) return false;
   bool holdsSome = false;
   const bool holdsOthers = !forEachName(folder, [&](const std::string& entry) {
     if (entry.starts_with(PendingFile::namePrefix)) return true;
-    const auto index = (*listing)->find(entry);
-    if (!index || ::fstatat(folder, entry.c_str(), &there, AT_SYMLINK_NOFOLLOW) != 0) return false;
     holdsSome = true;
-    return S_ISDIR(there.st_mode) == (*listing)->entry(*index).isDirectory;
+    return ::fstatat(folder, entry.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
+           has(entry, S_ISDIR(there.st_mode));
   });
   return holdsSome && !holdsOthers;
+}
+
+CopyJob::HasEntry CopyJob::entriesOf(const std::string& remote) {
+  if (isInShare(remote)) {
+    const auto listing = source.list(remote);
+    if (!listing) return {};
+    return [&entries = **listing](const std::string& name, bool isFolder) {
+      const auto index = entries.find(name);
+      return index && entries.entry(*index).isDirectory == isFolder;
+    };
+  }
+  const auto shares = source.shares();
+  if (!shares) return {};
+  return [remote, all = *shares](const std::string& name, bool isFolder) {
+    return isFolder && std::ranges::any_of(all, [&](const CopySource::Share& share) {
+             return share.peer == remote && share.name == name;
+           });
+  };
 }
 
 // The levels above the shares are made up by the volume; the host only knows the shares.

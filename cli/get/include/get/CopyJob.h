@@ -3,6 +3,7 @@
 // What fails is told in the report, and the rest is copied. Threads: one; the Interruption ends it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,10 @@ class CopyJob {
   void copyShares(const std::string& peer, const std::string& local);
   // To resume: the destination is the copy of this folder, made under a new name.
   [[nodiscard]] bool isCopyItself(const std::string& remote, const std::string& name);
+  // Whether the volume has this name there, as a folder or as a file. Valid until the next question
+  // about a folder; none when that cannot be told.
+  using HasEntry = std::function<bool(const std::string& name, bool isFolder)>;
+  [[nodiscard]] HasEntry entriesOf(const std::string& remote);
   void copyOne(const std::string& remote, const std::string& local);
   void showProgress();
   [[nodiscard]] FolderChain makeChain();

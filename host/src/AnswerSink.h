@@ -23,6 +23,8 @@ class AnswerSink {
   // the file ends or cannot be read, the system has no such way or the client has gone: whoever asks
   // goes on by reading and sending.
   [[nodiscard]] virtual std::size_t sendFile(int fd, std::int64_t offset, std::size_t length) = 0;
+  // How many bytes at most can have been sent and not yet taken by the client.
+  [[nodiscard]] virtual std::size_t mostUnderWay() const = 0;
   // True once the connection is over, or about to be: what nobody will read need not be made.
   [[nodiscard]] virtual bool isOver() const = 0;
 

@@ -19,11 +19,8 @@ std::optional<Refusal> sendFile(const BeneathResolver& share, const std::string&
   if (::fstat(file->get(), &status) != 0) return refusalFor(errno);
   const bool isSized = status.st_size > 0;
   if (isSized) length = std::min(length, std::max<std::int64_t>(status.st_size - offset, 0));
-  const auto sent = isSized ? writer.file(file->get(), offset, length)
-                            : writer.toTheEnd(file->get(), offset, length);
-  if (sent.failure) return sent.failure;
-  if (isSized && sent.bytes < length) return Refusal::fileBecameShorter;
-  return std::nullopt;
+  return isSized ? writer.file(file->get(), offset, length)
+                 : writer.toTheEnd(file->get(), offset, length);
 }
 
 }  // namespace

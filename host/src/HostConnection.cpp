@@ -1,6 +1,7 @@
 #include "HostConnection.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 
@@ -55,6 +56,14 @@ std::size_t HostConnection::sendFile(int file, std::int64_t offset, std::size_t 
     }
   }
   return sent;
+}
+
+// Of a socket that cannot be asked nothing is known: much.
+std::size_t HostConnection::mostUnderWay() const {
+  int bytes = 0;
+  socklen_t length = sizeof bytes;
+  if (::getsockopt(fd, SOL_SOCKET, SO_SNDBUF, &bytes, &length) != 0) return 1 << 30;
+  return static_cast<std::size_t>(bytes);
 }
 
 bool HostConnection::isOver() const {

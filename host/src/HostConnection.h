@@ -21,6 +21,7 @@ class HostConnection final : private AnswerSink {
   [[nodiscard]] bool answer(BytesView line);
   [[nodiscard]] bool send(BytesView bytes) override;
   [[nodiscard]] std::size_t sendFile(int file, std::int64_t offset, std::size_t length) override;
+  [[nodiscard]] std::size_t mostUnderWay() const override;
   [[nodiscard]] bool isOver() const override;
 
   const int fd;

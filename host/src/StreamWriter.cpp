@@ -12,12 +12,15 @@ namespace {
 constexpr std::size_t headBytes = 5;
 constexpr auto window = static_cast<std::size_t>(ControlStreamFrame::window);
 constexpr std::size_t capacity = headBytes + window;
-// Below this a copy costs less than two more system calls.
-constexpr std::size_t largePiece = 64 * 1024;
 
 }  // namespace
 
-StreamWriter::StreamWriter(AnswerSink& answerSink) : sink(answerSink) {
+// When the last of so many copied bytes are read, all but a window or two of them have been sent, and
+// they fill the socket: what was sent before them has been taken. A window more, because the system
+// looks for room in a socket before it takes bytes, and not for all of them.
+StreamWriter::StreamWriter(AnswerSink& answerSink)
+    : sink(answerSink),
+      copiedEnd(static_cast<std::int64_t>(sink.mostUnderWay()) + 3 * ControlStreamFrame::window) {
   if (sink.fileBytes.size() < capacity) sink.fileBytes.resize(capacity);
 }
 
@@ -36,15 +39,19 @@ void StreamWriter::error(Refusal refusal) {
   frame(ControlStreamFrame::error, description(refusal));
 }
 
-StreamWriter::FileSent StreamWriter::file(int fd, std::int64_t offset, std::int64_t length) {
-  return inPieces(offset, length, [&](std::int64_t from, std::size_t count) {
-    return count < largePiece ? gather(fd, from, count) : handOver(fd, from, count);
+std::optional<Refusal> StreamWriter::file(int fd, std::int64_t offset, std::int64_t length) {
+  const std::int64_t end = offset + length;
+  const FileSent sent = inPieces(offset, length, [&](std::int64_t from, std::size_t count) {
+    return end - from <= copiedEnd ? gather(fd, from, count) : handOver(fd, from, count);
   });
+  if (sent.failure || sent.bytes == length) return sent.failure;
+  return Refusal::fileBecameShorter;
 }
 
-StreamWriter::FileSent StreamWriter::toTheEnd(int fd, std::int64_t offset, std::int64_t most) {
+std::optional<Refusal> StreamWriter::toTheEnd(int fd, std::int64_t offset, std::int64_t most) {
   return inPieces(offset, most,
-                  [&](std::int64_t from, std::size_t count) { return gather(fd, from, count); });
+                  [&](std::int64_t from, std::size_t count) { return gather(fd, from, count); })
+      .failure;
 }
 
 template <class SendPiece>

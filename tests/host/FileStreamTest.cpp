@@ -1,4 +1,6 @@
 // `readStream`: one file's bytes.
+#include <sys/ioctl.h>
+
 #include "StreamFixture.h"
 #include "support/Eventually.h"
 #include "support/OpenDescriptors.h"
@@ -116,6 +118,47 @@ TEST_F(FileStreamTest, aFileThatBecomesShorterEndsWithAnError) {
   const auto rest = receiveFile(client);
   EXPECT_EQ(rest.end, "file became shorter while it was sent");
   EXPECT_LT(rest.bytes.size(), static_cast<std::size_t>(muchMore));
+}
+
+// The system empties what it holds of a file behind the file's new end, also where a socket still
+// refers to it. The end of a stream says that every byte was the file's.
+TEST_F(FileStreamTest, aFileThatBecomesShorterWhileItIsUnderWayArrivesWholeOrFails) {
+  constexpr std::size_t frames = 32;
+  constexpr std::size_t size = frames * static_cast<std::size_t>(ControlStreamFrame::window);
+  constexpr std::size_t streamed = size + (frames + 1) * 5;
+  constexpr std::size_t alwaysFits = 100'000;  // between host and reader
+  const Bytes content(size, 'x');
+  startHost();
+  // How much the reader has not taken yet when it happens.
+  for (const std::size_t left : {100'000, 300'000, 1'000'000, 2'000'000, 4'000'000}) {
+    temp.file(docs("a"), content);
+    RawClient client(socketPath());
+    ASSERT_TRUE(client.send("{\"op\":\"readStream\",\"name\":\"me/Docs/a\"}\n"));
+    const UniqueFd connection(client.release());
+    ReceiveBuffer received;
+    while (received.size() < streamed - left) ASSERT_GT(received.fill(connection.get()), 0);
+    const auto isUnderWay = [&] {
+      int waiting = 0;
+      EXPECT_EQ(::ioctl(connection.get(), FIONREAD, &waiting), 0);
+      return static_cast<std::size_t>(waiting) >= std::min(streamed - received.size(), alwaysFits);
+    };
+    ASSERT_TRUE(eventually(isUnderWay));
+    std::filesystem::resize_file(temp / docs("a"), size - 20'001);
+    Bytes bytes;
+    std::uint8_t end = 0;
+    while (end == 0) {
+      auto frame = ControlStreamFrame::parse(received);
+      ASSERT_TRUE(frame);
+      if (!*frame) {
+        ASSERT_GT(received.fill(connection.get()), 0);
+      } else if ((*frame)->tag == ControlStreamFrame::data) {
+        bytes += (*frame)->payload;
+      } else {
+        end = (*frame)->tag;
+      }
+    }
+    EXPECT_TRUE(end == ControlStreamFrame::error || bytes == content) << left;
+  }
 }
 
 TEST_F(FileStreamTest, aFileThatGrowsEndsWhereItEndedBefore) {

@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
+#include "control/ErrnoName.h"
 #include "control/Printable.h"
 
 namespace tarnel {
@@ -12,7 +12,7 @@ namespace {
 
 // The command has one thread that prints.
 bool closed = false;
-bool failedToWrite = false;
+int writeError = 0;
 
 }  // namespace
 
@@ -33,7 +33,7 @@ bool print(std::string_view text) {
     if (written < 0) {
       if (errno == EINTR) continue;
       closed = true;
-      failedToWrite = errno != EPIPE;  // `tarnel cat ... | head` ends quietly
+      writeError = errno == EPIPE ? 0 : errno;  // `tarnel cat ... | head` ends quietly
       return false;
     }
     text.remove_prefix(static_cast<std::size_t>(written));
@@ -43,6 +43,9 @@ bool print(std::string_view text) {
 
 bool outputClosed() { return closed; }
 
-int statusAfterPrinting() { return failedToWrite ? fail("cannot write to standard output") : done; }
+int statusAfterPrinting() {
+  if (writeError == 0) return done;
+  return fail("cannot write to standard output (" + errnoName(writeError) + ")");
+}
 
 }  // namespace tarnel

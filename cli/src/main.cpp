@@ -7,7 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "Commands.h"
@@ -60,10 +62,11 @@ class CommandLine {
     defineGet();
     try {
       app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-      return app.exit(help);
-    } catch (const CLI::CallForAllHelp& help) {
-      return app.exit(help);
+    } catch (const CLI::Success& help) {
+      std::ostringstream text;
+      app.exit(help, text);
+      print(text.str());
+      return statusAfterPrinting();
     } catch (const CLI::ParseError& error) {
       return wrongUsage(error.what());
     }
@@ -212,10 +215,11 @@ class CommandLine {
 namespace {
 
 // A program that was started without one of the three standard streams would give their numbers to
-// sockets, and print into them.
+// sockets, and print into them. What stands there instead cannot be written: output is not lost
+// without a word.
 void openStandardStreams() {
-  int fd = ::open("/dev/null", O_RDWR);
-  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
+  int fd = ::open("/dev/null", O_RDONLY);
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDONLY);
   if (fd >= 0) ::close(fd);
 }
 

@@ -3,10 +3,9 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "HostAbsence.h"
 #include "check/HostCheck.h"
 #include "control/JsonWriter.h"
-#include "control/UniqueFd.h"
-#include "control/UnixSocket.h"
 
 namespace tarnel {
 namespace {
@@ -49,16 +48,7 @@ std::string summary(const CheckCounts& counts) {
 }  // namespace
 
 int runCheckHost(const CheckArguments& arguments) {
-  if (arguments.socket.size() > maxSocketPathBytes) {
-    return fail(description(
-        UnixSocketError{.kind = UnixSocketError::Kind::pathTooLong, .path = arguments.socket}));
-  }
-  if (const auto fd = connectUnixSocket(arguments.socket); fd) {
-    const UniqueFd listening(*fd);
-  } else {
-    return fail("no host listens on " + arguments.socket + " (" + description(fd.error()) +
-                "): start it first, for instance with `tarnel host DIR`");
-  }
+  if (const auto reason = whyNoHost(arguments.socket)) return fail(*reason);
   const auto report = [&](const HostCheck& check, const CheckVerdict& verdict) {
     return print(arguments.json ? jsonLine(check, verdict) : textLine(check, verdict));
   };

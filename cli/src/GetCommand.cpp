@@ -2,6 +2,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <thread>
@@ -108,6 +110,14 @@ void printFailures(const CopyReport& report) {
   if (untold > 0) fail("and " + std::to_string(untold) + " more");
 }
 
+// A host that went away meanwhile: what to do is said once, behind what failed.
+void tellLostHost(const CopyReport& report, const std::string& socket) {
+  const bool isLost = std::ranges::any_of(
+      report.failures(), [](const auto& failure) { return failure.error.error == ENOTCONN; });
+  if (!isLost) return;
+  if (const auto reason = whyNoHost(socket)) fail(*reason + "; --resume copies the rest");
+}
+
 }  // namespace
 
 int runGet(const GetArguments& arguments) {
@@ -130,6 +140,7 @@ int runGet(const GetArguments& arguments) {
   signals.finish();
   if (arguments.json) printJson(report);
   printFailures(report);
+  tellLostHost(report, arguments.socket);
   const int status = statusAfterPrinting();
   return report.failed() == 0 ? status : failed;
 }

@@ -63,13 +63,6 @@ TEST_F(CheckHostCommand, aHostThatFailsACheckIsStatusOneAndTheLineSaysWhatToChan
   EXPECT_THAT(outcome.out, HasSubstr("\nSKIP 301 shares are listed: needs check 103 to pass\n"));
 }
 
-TEST_F(CheckHostCommand, withoutAHostItFailsWithOneLineThatSaysWhatToDo) {
-  expectFailure(tarnel({"check-host"}), 1, socket());
-  expectFailure(tarnel({"check-host", "--json"}), 1, "tarnel host");
-  const std::string tooLong = "/tmp/" + std::string(99, 'x');
-  expectFailure(tarnel({"check-host", "--socket", tooLong}), 1, "too long");
-}
-
 TEST_F(CheckHostCommand, wrongUsageIsStatusTwo) {
   expectFailure(tarnel({"check-host", "--frobnicate"}), 2, "");
   expectFailure(tarnel({"check-host", "me/Docs"}), 2, "");

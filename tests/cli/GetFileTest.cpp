@@ -45,6 +45,25 @@ TEST_F(GetFileTest, aPathThatFailsDoesNotEndTheOthers) {
   EXPECT_EQ(content("b"), "world");
 }
 
+TEST_F(GetFileTest, aHostThatGoesAwayIsToldOnceBehindWhatFailed) {
+  host.answer({.op = ControlOp::readStream, .path = "me/Docs/a"},
+              StreamBytes().data("he").reply().stall().hangUp());
+  Program program(
+      {tarnelProgram(), "get", "--socket", host.path(), "me/Docs/a", "me/Docs/b", dest.path()});
+  ASSERT_TRUE(host.waitUntilAsked({.op = ControlOp::readStream, .path = "me/Docs/a"}));
+  std::filesystem::remove(host.path());
+  host.release();
+  const ProgramOutcome outcome = program.wait();
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err,
+            "tarnel: me/Docs/a: ENOTCONN (connection to Tarnel closed)\n"
+            "tarnel: me/Docs/b: ENOTCONN (connect() failed: No such file or directory)\n"
+            "tarnel: no host answers on " +
+                host.path() +
+                " (ENOENT): start one with `tarnel host DIR`; --resume copies the rest\n");
+  EXPECT_THAT(copied(), ElementsAre());
+}
+
 TEST_F(GetFileTest, aStreamOfAnotherLengthIsNoWholeFile) {
   streamFile("me/Docs/a", StreamBytes().data("hell").eof());
   expectFailed(get({"me/Docs/a", dest.path()}), "me/Docs/a: EIO (fewer bytes");

@@ -107,8 +107,7 @@ TEST_F(GetFromHostTest, aFileThatCannotBeReadIsListed) {
   EXPECT_EQ(outcome.err, "tarnel: me/Docs/many/7: EACCES\n");
 }
 
-TEST_F(GetFromHostTest, withoutAHostThereIsOneLine) {
-  expectFailure(tarnel({"get", "me/Docs", dest.path()}), 1, socket());
+TEST_F(GetFromHostTest, wrongUsageIsStatusTwo) {
   EXPECT_EQ(tarnel({"get", "me/Docs"}).status, 2);
   EXPECT_EQ(tarnel({"get"}).status, 2);
   EXPECT_EQ(tarnel({"get", "--no-such-option", "a", "b"}).status, 2);

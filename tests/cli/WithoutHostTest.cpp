@@ -23,7 +23,11 @@ const std::vector<std::vector<std::string>>& readers() {
 const std::vector<std::vector<std::string>>& askers() {
   static const auto all = [] {
     std::vector<std::vector<std::string>> commands = readers();
-    commands.insert(commands.end(), {{"share", "N=/tmp"}, {"unshare", "N"}});
+    commands.insert(commands.end(), {{"share", "N=/tmp"},
+                                     {"unshare", "N"},
+                                     {"check-host"},
+                                     {"check-host", "--json"},
+                                     {"get", "me/Docs", "/tmp/none"}});
     return commands;
   }();
   return all;
@@ -67,7 +71,7 @@ TEST_F(WithoutHostTest, theHostOfAnotherUserIsCalledThat) {
   ASSERT_EQ(::seteuid(nobody), 0);
   const UniqueFd listening = listeningSocket(socket(), 64);
   ASSERT_EQ(::seteuid(0), 0);
-  for (const auto& arguments : readers()) {
+  for (const auto& arguments : askers()) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     const ProgramOutcome outcome = tarnel(arguments);
     expectFailure(outcome, 1, socket());

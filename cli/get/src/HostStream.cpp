@@ -66,10 +66,7 @@ std::unexpected<CopyError> HostStream::lost(CopyError error) {
 
 CopyResult<void> HostStream::connect() {
   const auto fd = connectUnixSocket(socketPath);
-  if (!fd) {
-    return copyFailure(ENOTCONN,
-                       "no host answers on " + socketPath + ": " + description(fd.error()));
-  }
+  if (!fd) return copyFailure(ENOTCONN, description(fd.error()));
   socket.reset(*fd);
   if (!interruption.addSocket(*fd)) return lost({.error = EINTR});
   currentDeadline = 0;

@@ -58,12 +58,16 @@ std::expected<std::string, int> resolved(std::string given) {
 // The folder's resolved path, or what is wrong with it.
 Checked checkMountpoint(const std::string& given) {
   const auto real = resolved(given);
-  if (!real) return std::unexpected(withErrno(given, "cannot be used", real.error()));
+  if (!real) {
+    const bool isMissing = real.error() == ENOENT;
+    return std::unexpected(withErrno(
+        given, isMissing ? "no such folder: make it first" : "cannot be used", real.error()));
+  }
   const std::string& path = *real;
   if (cleanUpDeadMount(path)) fail(given + ": cleaned up a mount whose process has gone");
   std::error_code error;
   if (!std::filesystem::is_directory(path, error)) {
-    return std::unexpected(withErrno(given, "not a folder", ENOTDIR));
+    return std::unexpected(withErrno(given, "not a folder: choose an empty one", ENOTDIR));
   }
   if (const auto mount = mountAt(path)) {
     return std::unexpected(given + ": already a mountpoint (" + mount->type +

@@ -105,8 +105,7 @@ std::expected<std::optional<ControlResponse>, ControlClientFailure> ControlClien
   while (buffer.size() == 0) {
     if (auto filled = refill(); !filled) return std::unexpected(filled.error());
   }
-  constexpr std::string_view jsonBeginnings = "{ \t\r\n";
-  if (!jsonBeginnings.contains(buffer.view().front())) return std::nullopt;
+  if (!ControlStreamFrame::beginsLine(buffer.view().front())) return std::nullopt;
   auto response = readResponse();
   if (!response) return std::unexpected(std::move(response.error()));
   return std::move(*response);

@@ -3,32 +3,37 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 namespace tarnel {
-namespace {
-
-constexpr std::size_t headBytes = 5;
-
-std::uint32_t lengthOf(BytesView head) {
-  const auto byte = [&](std::size_t i) {
-    return std::uint32_t{static_cast<std::uint8_t>(head[i])};
-  };
-  return byte(1) << 24 | byte(2) << 16 | byte(3) << 8 | byte(4);
-}
-
-}  // namespace
 
 std::string description(const ControlStreamError& error) {
   return "oversized(" + std::to_string(error.length) + ")";
 }
 
+ControlStreamFrame::Head ControlStreamFrame::readHead(BytesView bytes) {
+  const auto byte = [&](std::size_t i) {
+    return std::uint32_t{static_cast<std::uint8_t>(bytes[i])};
+  };
+  return {.tag = static_cast<std::uint8_t>(bytes[0]),
+          .length = byte(1) << 24 | byte(2) << 16 | byte(3) << 8 | byte(4)};
+}
+
+void ControlStreamFrame::writeHead(const Head& head, char* to) {
+  *to++ = static_cast<char>(head.tag);
+  for (const int shift : {24, 16, 8, 0}) *to++ = static_cast<char>(head.length >> shift);
+}
+
+bool ControlStreamFrame::beginsLine(char first) {
+  return std::string_view("{ \t\r\n").contains(first);
+}
+
 Bytes ControlStreamFrame::encode(std::uint8_t tag, BytesView payload) {
   if (payload.size() > std::numeric_limits<std::uint32_t>::max()) std::abort();
-  const auto length = static_cast<std::uint32_t>(payload.size());
   Bytes frame;
   frame.reserve(headBytes + payload.size());
-  frame.push_back(static_cast<char>(tag));
-  for (const int shift : {24, 16, 8, 0}) frame.push_back(static_cast<char>(length >> shift));
+  frame.resize(headBytes);
+  writeHead({.tag = tag, .length = static_cast<std::uint32_t>(payload.size())}, frame.data());
   frame.append(payload);
   return frame;
 }
@@ -37,12 +42,11 @@ std::expected<std::optional<StreamFrame>, ControlStreamError> ControlStreamFrame
     ReceiveBuffer& buffer) {
   const BytesView bytes = buffer.view();
   if (bytes.size() < headBytes) return std::nullopt;
-  const std::uint32_t length = lengthOf(bytes);
-  if (length > maxBodyBytes) return std::unexpected(ControlStreamError{.length = length});
-  if (bytes.size() < headBytes + length) return std::nullopt;
-  StreamFrame frame{.tag = static_cast<std::uint8_t>(bytes[0]),
-                    .payload = Bytes(bytes.substr(headBytes, length))};
-  buffer.consume(headBytes + length);
+  const Head head = readHead(bytes);
+  if (head.length > maxBodyBytes) return std::unexpected(ControlStreamError{.length = head.length});
+  if (bytes.size() < headBytes + head.length) return std::nullopt;
+  StreamFrame frame{.tag = head.tag, .payload = Bytes(bytes.substr(headBytes, head.length))};
+  buffer.consume(headBytes + head.length);
   return frame;
 }
 

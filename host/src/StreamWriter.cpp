@@ -9,7 +9,8 @@
 namespace tarnel {
 namespace {
 
-constexpr std::size_t headBytes = 5;
+using ControlStreamFrame::headBytes;
+
 constexpr auto window = static_cast<std::size_t>(ControlStreamFrame::window);
 constexpr std::size_t capacity = headBytes + window;
 
@@ -107,11 +108,8 @@ void StreamWriter::flush() {
 }
 
 void StreamWriter::writeHead(std::uint8_t tag, std::size_t length) {
-  char* const head = sink.fileBytes.data() + used;
-  head[0] = static_cast<char>(tag);
-  for (std::size_t i = 1; i < headBytes; ++i) {
-    head[i] = static_cast<char>(length >> (8 * (headBytes - 1 - i)));
-  }
+  ControlStreamFrame::writeHead({.tag = tag, .length = static_cast<std::uint32_t>(length)},
+                                sink.fileBytes.data() + used);
   used += headBytes;
 }
 

@@ -99,6 +99,27 @@ TEST(ControlStreamFrame, theTwoErrorTagsDifferOnlyInCase) {
   EXPECT_EQ(ControlStreamFrame::window, 262'144);
 }
 
+TEST(ControlStreamFrame, aHeadInABufferOfTheCallersIsThatOfTheFrame) {
+  const Bytes frame = ControlStreamFrame::encode(0xF8, Bytes(0x10203, 'x'));
+  const ControlStreamFrame::Head head = ControlStreamFrame::readHead(frame);
+  EXPECT_EQ(head.tag, 0xF8);
+  EXPECT_EQ(head.length, 0x10203U);
+  Bytes written(ControlStreamFrame::headBytes, '\0');
+  ControlStreamFrame::writeHead(head, written.data());
+  EXPECT_EQ(written, frame.substr(0, written.size()));
+}
+
+TEST(ControlStreamFrame, noTagBeginsALineOfJson) {
+  for (const char first : {'{', ' ', '\t', '\r', '\n'}) {
+    EXPECT_TRUE(ControlStreamFrame::beginsLine(first)) << int{first};
+  }
+  for (const std::uint8_t tag :
+       {ControlStreamFrame::data, ControlStreamFrame::eof, ControlStreamFrame::error,
+        ControlStreamFrame::header, ControlStreamFrame::fileError}) {
+    EXPECT_FALSE(ControlStreamFrame::beginsLine(static_cast<char>(tag))) << tag;
+  }
+}
+
 TEST(ControlStreamFrame, aWriterIsNotHeldToTheReadersBound) {
   EXPECT_EQ(ControlStreamFrame::encode(0x44, Bytes(8'388'609, 'x')).size(), 8'388'614U);
 }

@@ -18,19 +18,10 @@
 namespace tarnel {
 namespace {
 
-constexpr std::size_t headBytes = 5;
-
 using Kind = ControlClientError::Kind;
 
 CopyError connectionError(Kind kind, int error) {
   return {.error = error, .detail = description(ControlClientError{.kind = kind})};
-}
-
-std::uint32_t lengthOf(BytesView head) {
-  const auto byte = [&](std::size_t i) {
-    return std::uint32_t{static_cast<std::uint8_t>(head[i])};
-  };
-  return byte(1) << 24 | byte(2) << 16 | byte(3) << 8 | byte(4);
 }
 
 // A kept connection on which a request may go out: nothing has come that nobody asked for, and the
@@ -39,9 +30,6 @@ bool isQuiet(int fd) {
   char byte = 0;
   return ::recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) < 0 && errno == EAGAIN;
 }
-
-// White space may stand before a JSON text.
-bool beginsJson(char c) { return c == '{' || c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
 }  // namespace
 
@@ -126,7 +114,7 @@ CopyResult<void> HostStream::need(std::size_t count) {
 
 CopyResult<bool> HostStream::answersInFrames() {
   if (auto first = need(1); !first) return std::unexpected(first.error());
-  return !beginsJson(buffer[begin]);
+  return !ControlStreamFrame::beginsLine(buffer[begin]);
 }
 
 CopyResult<Bytes> HostStream::readLine(std::size_t limit) {
@@ -150,13 +138,14 @@ CopyResult<HostStream::Head> HostStream::readHead() {
   while (left > 0) {
     if (auto skipped = readPiece(); !skipped) return std::unexpected(skipped.error());
   }
-  if (auto head = need(headBytes); !head) return std::unexpected(head.error());
-  const BytesView bytes = buffered();
-  const Head head{.tag = static_cast<std::uint8_t>(bytes[0]), .length = lengthOf(bytes)};
+  if (auto whole = need(ControlStreamFrame::headBytes); !whole) {
+    return std::unexpected(whole.error());
+  }
+  const Head head = ControlStreamFrame::readHead(buffered());
   if (head.length > ControlStreamFrame::maxBodyBytes) {
     return lost({.error = EIO, .detail = "a frame of " + std::to_string(head.length) + " bytes"});
   }
-  begin += headBytes;
+  begin += ControlStreamFrame::headBytes;
   left = head.length;
   return head;
 }

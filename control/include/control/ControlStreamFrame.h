@@ -6,6 +6,7 @@
 // an error at this level. Threads: pure functions.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -41,6 +42,20 @@ inline constexpr std::uint8_t header = 0x48;     // "H": a tree entry's header, 
 inline constexpr std::uint8_t fileError = 0x78;  // "x": one file of a tree failed; a message
 inline constexpr std::int64_t window = 262'144;
 inline constexpr std::int64_t maxBodyBytes = 8'388'608;
+
+// What stands before the payload, for those who make or read frames in a buffer of their own.
+struct Head {
+  std::uint8_t tag = 0;
+  std::uint32_t length = 0;  // of the payload; no bound is applied
+};
+inline constexpr std::size_t headBytes = 5;
+// `bytes` begin with a whole head; `to` has room for one.
+[[nodiscard]] Head readHead(BytesView bytes);
+void writeHead(const Head& head, char* to);
+
+// True for the first character of a line of JSON, with which a host answers that does not serve the
+// stream at all: no tag is one.
+[[nodiscard]] bool beginsLine(char first);
 
 // A complete frame. A payload past 4294967295 bytes is a programming error and ends the process.
 [[nodiscard]] Bytes encode(std::uint8_t tag, BytesView payload);

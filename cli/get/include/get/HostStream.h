@@ -11,12 +11,12 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "control/Bytes.h"
 #include "control/ControlRequest.h"
+#include "control/ControlStreamFrame.h"
 #include "control/UniqueFd.h"
 #include "get/CopyError.h"
 #include "get/Interruption.h"
@@ -27,10 +27,7 @@ class HostStream {
  public:
   static constexpr std::size_t bufferBytes = 262'144;
 
-  struct Head {
-    std::uint8_t tag = 0;
-    std::uint32_t length = 0;  // at most ControlStreamFrame::maxBodyBytes
-  };
+  using Head = ControlStreamFrame::Head;
 
   HostStream(std::string socketPath, Interruption& interruption);
   ~HostStream();
@@ -45,7 +42,8 @@ class HostStream {
   // The answer's line, without its line feed, of less than `limit` bytes.
   [[nodiscard]] CopyResult<Bytes> readLine(std::size_t limit);
 
-  // The next frame's head. What is left of the payload before is skipped.
+  // The next frame's head, whose length is at most ControlStreamFrame::maxBodyBytes. What is left of
+  // the payload before is skipped.
   [[nodiscard]] CopyResult<Head> readHead();
   // Bytes of the payload that were not read yet.
   [[nodiscard]] std::size_t remaining() const { return left; }

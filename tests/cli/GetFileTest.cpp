@@ -114,9 +114,32 @@ TEST_F(GetFileTest, aHostWithoutStreamsIsReadInChunks) {
   EXPECT_EQ(host.asked(ControlOp::read), reads);
 }
 
+TEST_F(GetFileTest, aFileThatGrowsEndsWhereItEndedAtFirst) {
+  const ControlStat before = host.statusOf("me/Docs/a");
+  host.file("me/Docs/a", "hello and more");
+  ControlResponse answer;
+  answer.stat = before;
+  host.answer({.op = ControlOp::stat, .path = "me/Docs/a"},
+              HostReply().answer(TreeHost::lineOf(answer)));
+  expectDone(get({"me/Docs/a", dest.path()}));
+  EXPECT_EQ(content("a"), "hello");
+  EXPECT_EQ(secondsOf("a"), 1'700'000'000);
+}
+
+TEST_F(GetFileTest, aFileThatIsSaidToBeEmptyMayNotBe) {
+  ControlStat empty = host.statusOf("me/Docs/a");
+  empty.size = 0;
+  ControlResponse answer;
+  answer.stat = empty;
+  host.answer({.op = ControlOp::stat, .path = "me/Docs/a"},
+              HostReply().answer(TreeHost::lineOf(answer)));
+  expectFailed(get({"me/Docs/a", dest.path()}), "me/Docs/a: EIO (more bytes");
+  EXPECT_THAT(copied(), ElementsAre());
+}
+
 TEST_F(GetFileTest, chunksAreNotTrustedEither) {
   host.answer({.op = ControlOp::read, .path = "me/Docs/a"},
-              HostReply().answer(R"({"status":"ok","dataBase64":"aGVsbG8="})"));  // without end
+              HostReply().answer(R"({"status":"ok","dataBase64":"aGVs"})"));  // without end
   host.answer({.op = ControlOp::read, .path = "me/Docs/b"},
               HostReply().answer(R"({"status":"ok","dataBase64":"a b="})"));
   expectFailed(get({"me/Docs/a", dest.path()}), "me/Docs/a: EIO (more bytes");

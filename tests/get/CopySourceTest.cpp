@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "control/ControlStreamFrame.h"
 #include "get/CopySource.h"
+#include "support/ScriptedHost.h"
 #include "support/TreeHost.h"
 
 namespace tarnel::test {
@@ -38,6 +40,18 @@ TEST_F(CopySourceTest, aListingThatWasNotWaitedForIsAskedForAgain) {
   EXPECT_EQ(impatient.error().error, ETIMEDOUT);
   host.answerAsUsual();
   EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
+}
+
+TEST(CopySourceStream, noMoreIsAskedForThanAFileHad) {
+  ScriptedHost host;
+  const std::string end = ControlStreamFrame::encode(ControlStreamFrame::eof, "");
+  host.expect(R"({"op":"readStream","name":"me\/Docs\/a","offset":0,"length":5})").send(end);
+  host.expect(R"({"op":"readStream","name":"me\/Docs\/empty"})").send(end);
+  Interruption interruption;
+  CopySource source(host.path(), interruption);
+  EXPECT_EQ(source.openFile("me/Docs/a", 5), true);
+  EXPECT_TRUE(source.stream().readHead());
+  EXPECT_EQ(source.openFile("me/Docs/empty", 0), true);
 }
 
 }  // namespace

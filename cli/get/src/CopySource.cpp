@@ -115,8 +115,13 @@ CopyResult<bool> CopySource::openTree(const std::string& path) {
   return open({.op = ControlOp::readTreeStream, .name = path}, treesServed);
 }
 
-CopyResult<bool> CopySource::openFile(const std::string& path) {
-  return open({.op = ControlOp::readStream, .name = path}, filesServed);
+CopyResult<bool> CopySource::openFile(const std::string& path, std::int64_t size) {
+  ControlRequest request{.op = ControlOp::readStream, .name = path};
+  if (size > 0) {
+    request.offset = 0;
+    request.length = size;
+  }
+  return open(request, filesServed);
 }
 
 CopyResult<bool> CopySource::open(const ControlRequest& request, bool& served) {
@@ -135,9 +140,10 @@ CopyResult<bool> CopySource::open(const ControlRequest& request, bool& served) {
   return false;
 }
 
-CopyResult<Bytes> CopySource::read(const std::string& path, std::int64_t offset) {
+CopyResult<Bytes> CopySource::read(const std::string& path, std::int64_t offset,
+                                   std::int64_t length) {
   const auto line =
-      question(bytes, {.op = ControlOp::read, .name = path, .offset = offset, .length = readBytes},
+      question(bytes, {.op = ControlOp::read, .name = path, .offset = offset, .length = length},
                streamDeadline);
   if (!line) return std::unexpected(line.error());
   auto response = decoded(*line);

@@ -1,5 +1,6 @@
 #include "get/FileCopy.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "control/ControlStreamFrame.h"
@@ -43,23 +44,27 @@ CopyResult<void> receiveStream(CopyContext& context, IncomingFile& file) {
   return copyFailure(EINTR);
 }
 
-CopyResult<void> receiveChunks(CopyContext& context, IncomingFile& file,
-                               const std::string& remote) {
+CopyResult<void> receiveChunks(CopyContext& context, IncomingFile& file, const std::string& remote,
+                               std::int64_t size) {
   for (std::int64_t offset = 0; !context.isOver();) {
-    const auto chunk = context.source.read(remote, offset);
+    const std::int64_t length =
+        size == 0 ? CopySource::readBytes : std::min(size - offset, CopySource::readBytes);
+    const auto chunk = context.source.read(remote, offset, length);
     if (!chunk) return std::unexpected(chunk.error());
     if (chunk->empty()) return {};
     if (auto written = append(context, file, *chunk); !written) return written;
     offset += static_cast<std::int64_t>(chunk->size());
+    if (offset == size) return {};
   }
   return copyFailure(EINTR);
 }
 
 // An empty file needs no bytes, but the host has the last word on whether it can be read.
-CopyResult<void> receive(CopyContext& context, IncomingFile& file, const std::string& remote) {
-  const auto opened = context.source.openFile(remote);
+CopyResult<void> receive(CopyContext& context, IncomingFile& file, const std::string& remote,
+                         std::int64_t size) {
+  const auto opened = context.source.openFile(remote, size);
   if (!opened) return std::unexpected(opened.error());
-  if (!*opened) return receiveChunks(context, file, remote);
+  if (!*opened) return receiveChunks(context, file, remote, size);
   auto received = receiveStream(context, file);
   // A stream that was not read to its end leaves bytes behind that no later request asked for.
   if (!received) context.source.stream().drop();
@@ -78,7 +83,7 @@ CopyResult<void> copy(CopyContext& context, FolderChain& chain, const std::strin
   }
   auto file = IncomingFile::create(chain, name, status, admission->over, context.interruption);
   if (!file) return std::unexpected(file.error());
-  if (auto received = receive(context, *file, remote); !received) return received;
+  if (auto received = receive(context, *file, remote, status.size); !received) return received;
   if (auto published = file->publish(status.mtimeMs); !published) return published;
   ++context.report.files;
   context.onProgress();

@@ -47,12 +47,15 @@ class CopySource {
   // Opens a stream: `stream()` is then about to read its first head. False when this host does not
   // serve such streams, which is not asked again.
   [[nodiscard]] CopyResult<bool> openTree(const std::string& path);
-  [[nodiscard]] CopyResult<bool> openFile(const std::string& path);
+  // size: of the file as far as is known; of one that has grown since no more is asked for. One that
+  // is said to be empty may have content all the same, and is asked for whole.
+  [[nodiscard]] CopyResult<bool> openFile(const std::string& path, std::int64_t size);
   [[nodiscard]] HostStream& stream() { return bytes; }
   [[nodiscard]] bool servesTrees() const { return treesServed; }
 
   // Some bytes from an offset, for a host without streams; none at the end.
-  [[nodiscard]] CopyResult<Bytes> read(const std::string& path, std::int64_t offset);
+  [[nodiscard]] CopyResult<Bytes> read(const std::string& path, std::int64_t offset,
+                                       std::int64_t length);
 
  private:
   struct Kept {

@@ -36,12 +36,10 @@ std::int64_t nowMs() {
   return static_cast<std::int64_t>(ms);
 }
 
+// Of a list that is not empty.
 std::string joined(const std::vector<std::string>& options) {
-  std::string text;
-  for (const std::string& option : options) {
-    if (!text.empty()) text += ' ';
-    text += option;
-  }
+  std::string text = options.front();
+  for (std::size_t i = 1; i < options.size(); ++i) text += ' ' + options[i];
   return text;
 }
 

@@ -80,6 +80,13 @@ TEST_F(FileSystemLifecycle, loadingWithOptionsLogsThemJoinedByBlanks) {
   EXPECT_EQ(recording.lines(), expected);
 }
 
+TEST_F(FileSystemLifecycle, anOptionWithoutTextIsJoinedLikeEveryOther) {
+  TarnelFileSystem fileSystem("/nowhere.sock");
+  (void)load(fileSystem, {.taskOptions = {"", "-o", ""}});
+  EXPECT_EQ(recording.lines().at(1),
+            noticeLine("mount options are populated on this OS (they were empty on 26.5.2):  -o "));
+}
+
 LogLine loadedFromHome(const std::string& home) {
   return noticeLine("loaded: serving Tarnel over " + home +
                     "/tarnel-control.sock (read-only volume)");

@@ -15,7 +15,7 @@ std::string_view PathText::add(std::string_view path) {
     blocks.insert(blocks.end() - (blocks.empty() ? 0 : 1), std::move(own));
     return stored;
   }
-  if (blockBytes - used < path.size() || blocks.empty()) {
+  if (blockBytes - used < path.size()) {
     blocks.push_back(std::make_unique_for_overwrite<char[]>(blockBytes));
     used = 0;
   }

@@ -20,7 +20,7 @@ class PathText {
   static constexpr std::size_t blockBytes = 65'536;
 
   std::vector<std::unique_ptr<char[]>> blocks;
-  std::size_t used = blockBytes;  // of the last block
+  std::size_t used = blockBytes;  // of the last block; before the first one, nothing is left
 };
 
 }  // namespace tarnel

@@ -22,7 +22,7 @@
 
 namespace tarnel::test {
 
-inline constexpr std::chrono::seconds replyBound{10};
+inline constexpr std::chrono::seconds replyBound{30};
 
 template <class Reply>
 class Awaited;

@@ -60,6 +60,7 @@ TEST(FabricSourceError, otherErrorsAreEqualByTheirKind) {
   EXPECT_EQ(FabricSourceError{Kind::notFound}, FabricSourceError{Kind::notFound});
   EXPECT_NE(FabricSourceError{Kind::notFound}, FabricSourceError{Kind::isDirectory});
   EXPECT_NE(FabricSourceError{Kind::notFound}, FabricSourceError{Kind::io});
+  EXPECT_EQ((FabricSourceError{Kind::timedOut, "a"}), (FabricSourceError{Kind::timedOut, "b"}));
 }
 
 TEST(FabricSourceError, everyFailureHasADescriptionOfItsOwn) {

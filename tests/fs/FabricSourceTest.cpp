@@ -49,6 +49,14 @@ TEST(FabricSource, sharesAreThoseOfExactlyThisPeer) {
   EXPECT_EQ(shares(source, "nobody"), Names{});
 }
 
+TEST(FabricSource, sharesOfAPeerUnderAnotherCompositionAreAnotherPeers) {
+  FakeSource source;
+  source.putShare("\u00e9", "Docs");
+  source.putShare("e\u0301", "Music");
+  EXPECT_EQ(shares(source, "\u00e9"), Names{"Docs"});
+  EXPECT_EQ(shares(source, "e\u0301"), Names{"Music"});
+}
+
 TEST(FabricSource, sharesOfUnsafeNamesAreLeftOut) {
   FakeSource source;
   source.putShare("bob", std::string("a\0b", 3));

@@ -1,5 +1,6 @@
 #include "host/ReferenceHost.h"
 
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -56,12 +57,16 @@ void ReferenceHost::stop() {
   core->connections->endAll();
 }
 
+// A connection for which there is no thread or no memory ends like one too many.
 void ReferenceHost::serve(const std::shared_ptr<Core>& core, int connectedFD) {
   UniqueFd fd(connectedFD);
-  if (!peerIsTrusted(fd.get()) || !core->connections->add(fd.get())) return;
   try {
+    if (!peerIsTrusted(fd.get()) || !core->connections->add(fd.get())) return;
     startThread("tarnel.host.connection", [held = core, borrowed = fd.get()]() mutable {
-      HostConnection(borrowed, held->responder).serve();
+      try {
+        HostConnection(borrowed, held->responder).serve();
+      } catch (const std::bad_alloc&) {  // what the client took is free again when it is hung up on
+      }
       // stop() returns on the last finish(): the shared folders must not be held any longer then.
       const auto connections = held->connections;
       held = nullptr;
@@ -69,7 +74,9 @@ void ReferenceHost::serve(const std::shared_ptr<Core>& core, int connectedFD) {
     }).detach();
     (void)fd.release();  // the thread's now
   } catch (const std::system_error&) {
-    core->connections->finish(std::move(fd));  // no more threads: like one connection too many
+    core->connections->finish(std::move(fd));
+  } catch (const std::bad_alloc&) {
+    core->connections->finish(std::move(fd));
   }
 }
 

@@ -5,7 +5,9 @@
 #include <filesystem>
 
 #include "CommandFixture.h"
+#include "host/RawClient.h"
 #include "support/Eventually.h"
+#include "support/Sanitized.h"
 #include "support/ScriptedHost.h"
 
 namespace tarnel::test {
@@ -42,6 +44,26 @@ TEST_F(HostCommandTest, everySignalEndsItAndItsSocketGoes) {
     EXPECT_FALSE(fs::exists(socket()));
   }
 }
+
+#if defined(__linux__)
+TEST_F(HostCommandTest, clientsThatTakeAllItsMemoryAreHungUpOnAndDoNotEndIt) {
+  if (builtWithSanitizer) GTEST_SKIP() << "a sanitizer takes more than any limit leaves";
+  Program program({"sh", "-c", "ulimit -v 300000; exec \"$0\" host --socket \"$1\" --share Docs=/",
+                   tarnelProgram(), socket()});
+  ASSERT_TRUE(program.waitForOutput("tarnel host: sharing"));
+  const std::string endless(15'000'000, 'x');
+  std::vector<RawClient> clients;
+  bool isHungUpOn = false;
+  for (int i = 0; i < 20 && !isHungUpOn; ++i) {
+    clients.emplace_back(socket());
+    isHungUpOn = !clients.back().send(endless);
+  }
+  EXPECT_TRUE(isHungUpOn);
+  clients.clear();
+  EXPECT_TRUE(eventually([&] { return tarnel({"stat", "me/Docs"}).status == 0; }));
+  EXPECT_FALSE(program.hasEnded());
+}
+#endif
 
 TEST_F(HostCommandTest, foldersAreSharedUnderEachFormOfName) {
   share.file("Pictures/p", "1");

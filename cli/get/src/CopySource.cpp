@@ -1,6 +1,7 @@
 #include "get/CopySource.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "control/Base64.h"

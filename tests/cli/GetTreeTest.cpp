@@ -159,6 +159,32 @@ TEST_F(GetTreeTest, jsonTellsFailuresAndSums) {
   EXPECT_EQ(outcome.err, "tarnel: me/Docs/z: EIO (fewer bytes than announced)\n");
 }
 
+TEST_F(GetTreeTest, aFileWhoseTimeIsNotKnownIsThereAndTold) {
+  streamDocs(StreamBytes().file("a.txt", "hello").eof());
+  host.answer({.op = ControlOp::list, .path = "me/Docs"}, HostReply().hangUp());
+  const ProgramOutcome outcome = getDocs();
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "tarnel: me/Docs/a.txt: ENOTCONN (its time is not known)\n");
+  EXPECT_EQ(content("Docs/a.txt"), "hello");
+  EXPECT_EQ(host.asked(ControlOp::stat), 1U) << "of the folder; a host that is gone is not asked";
+}
+
+TEST_F(GetTreeTest, aFullDiskEndsTheCopy) {
+  // A file system of 64 KiB that only the command's own namespace has.
+  const auto onSmallDisk = [&](const std::string& then) {
+    return runProgram(
+        {"unshare", "-rm", "sh", "-c", "mount -t tmpfs -o size=64k none \"$D\" && " + then},
+        {.environment = {
+             {"TARNEL_SOCKET", host.path()}, {"T", tarnelProgram()}, {"D", dest.path()}}});
+  };
+  if (onSmallDisk("true").status != 0) GTEST_SKIP() << "SKIPPED: no file systems of one's own";
+  const std::string large(200'000, 'x');
+  streamDocs(StreamBytes().file("a.txt", "hello").file("b", large).file("c", "last").eof());
+  const ProgramOutcome outcome = onSmallDisk(R"({ "$T" get me/Docs "$D"; ls -A "$D/Docs"; })");
+  EXPECT_EQ(outcome.err, "tarnel: me/Docs/b: ENOSPC\n");
+  EXPECT_EQ(outcome.out, "a.txt\n") << "nothing half, and nothing behind it";
+}
+
 TEST_F(GetTreeTest, timesThatCannotBeListedAreAskedForOneByOne) {
   host.answer({.op = ControlOp::list, .path = "me/Docs"},
               HostReply().answer(R"({"status":"error","message":"listing too large"})"));

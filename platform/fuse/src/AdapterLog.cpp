@@ -42,13 +42,13 @@ TextLog* ownLog = nullptr;  // set once, before the first mount
 }  // namespace
 
 void logToStandardError(bool debug) {
-  static StandardErrorLog log(debug);
+  auto& log = *new StandardErrorLog(debug);  // never destroyed: VolumeLog.h
   ownLog = &log;
   setLog(log);
 }
 
 void logToSystemLog() {
-  static SystemLog log;
+  auto& log = *new SystemLog;  // never destroyed: VolumeLog.h
   ownLog = &log;
   setLog(log);
 }

@@ -83,6 +83,7 @@ TEST_F(VolumeEnumeration, asksAboutTheRejoinedPath) {
   source->putDirectory("me/Docs");
   EXPECT_TRUE(entries(madeItem("/me//Docs/", 4, 3, false, std::nullopt)).empty());
   EXPECT_EQ(source->calls().back(), (Call{.kind = Call::Kind::list, .path = "me/Docs"}));
+  EXPECT_EQ(names(madeItem("/me/", 3, 2, true, std::nullopt)), Names{"Docs"});
 }
 
 TEST_F(VolumeEnumeration, aSymbolicLinkOfTheHostIsListedAsAFile) {

@@ -78,6 +78,15 @@ TEST_F(VolumeGetAttributes, servesTheStatusOfTheLookupWhenNothingCameSince) {
   EXPECT_EQ(std::get<0>(getAttributes(a))->size, 10u);
 }
 
+TEST_F(VolumeGetAttributes, ofTheLastKnownStatusHoldOnlyWhatWasAskedFor) {
+  const auto a = file(10);
+  source->failNext(failure(Kind::disconnected));
+  ItemAttributes expected;
+  expected.valid = 0x40;
+  expected.size = 10;
+  EXPECT_EQ(getAttributes(a, 0x40), std::tuple(expected, std::nullopt));
+}
+
 TEST_F(VolumeGetAttributes, servingTheLastKnownStatusLeavesItAsItWas) {
   const auto a = file(10);
   source->failWith(failure(Kind::disconnected));
@@ -142,6 +151,15 @@ TEST_F(VolumeGetAttributes, logsMinusOneWhenNoStatusWasKnownBefore) {
       debugLine("getAttributes relpath=me/Docs/b wanted=0x0"),
       debugLine("getAttributes reply relpath=me/Docs/b size=20 mtimeMs=-5 lastKnown=-1")};
   EXPECT_EQ(recording.lines(), expected);
+}
+
+TEST_F(VolumeGetAttributes, thePathTellsWhetherTheHostIsAsked) {
+  source->put("me/Docs/a", "12345");
+  const auto flagged = madeItem("me/Docs/a", 5, 4, true, std::nullopt);
+  EXPECT_EQ(std::get<0>(getAttributes(flagged))->size, 5u);
+  const auto plain = madeItem("me", 3, 2, false, std::nullopt);
+  EXPECT_EQ(std::get<0>(getAttributes(plain))->type, ItemType::directory);
+  EXPECT_EQ(source->calls().size(), 1u);
 }
 
 TEST_F(VolumeGetAttributes, logsTheRequestAloneForTheRoot) {

@@ -111,9 +111,9 @@ HostResult<std::optional<struct stat>> DirectoryLister::statusOf(const char* nam
 
 HostResult<std::optional<struct stat>> DirectoryLister::throughWalk(const char* name) {
   if (!walk) walk.emplace(resolver.enter(path));
-  if (!*walk) return leftOut(walk->error());
-  // Another directory may stand at the path by now; its links are not this one's.
-  if ((*walk)->id() != directory) return std::nullopt;
+  // Another directory may stand at the path by now, or none; its links are not this one's.
+  if (!*walk) return std::unexpected(walk->error());
+  if ((*walk)->id() != directory) return std::unexpected(Refusal::noSuchFile);
   const auto target = (*walk)->look(name);
   if (!target) return leftOut(target.error());
   return target->status;

@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdio>
 #include <map>
 #include <thread>
 
@@ -104,6 +106,39 @@ TEST_F(HostList, aListingBehindALinkLeavesOutTheLinksBack) {
   EXPECT_EQ(names("me/Docs/a"), (Names{"l1"}));
   EXPECT_EQ(names("me/Docs/b"), (Names{"file", "l2"}));
   EXPECT_EQ(names("me/Docs/a/l1"), (Names{"file"}));
+}
+
+TEST_F(HostList, aFolderThatIsReplacedMeanwhileIsListedWholeOrRefused) {
+  for (int i = 0; i < 50; ++i) {
+    temp.file(docs("a/f" + std::to_string(i)));
+    temp.file(docs("b/g" + std::to_string(i)));
+  }
+  temp.link(docs("a/l"), "f0");
+  temp.link(docs("b/m"), "g0");
+  startHost();
+  std::atomic<bool> enough = false;
+  std::thread replacer([&] {
+    const auto give = [&](const char* from, const char* to) {
+      ::rename((temp / docs(from)).c_str(), (temp / docs(to)).c_str());
+    };
+    while (!enough) {
+      for (const char* folder : {"a", "b"}) {
+        give(folder, "d");
+        give("d", folder);
+      }
+    }
+  });
+  const std::string gone = R"({"status":"error","message":"no such file"})";
+  RawClient client(socketPath());
+  for (int i = 0; i < 2'000; ++i) {
+    const auto answer = client.ask(R"({"op":"list","namesOnly":true,"name":"me/Docs/d"})");
+    const auto has = [&](const char* name) {
+      return answer && answer->find(std::string("\"") + name + "\"") != std::string::npos;
+    };
+    EXPECT_TRUE(answer == gone || (has("f0") && has("l")) || (has("g0") && has("m"))) << *answer;
+  }
+  enough = true;
+  replacer.join();
 }
 
 TEST_F(HostList, aTreeOfMutualLinksHasAnEnd) {

@@ -58,6 +58,9 @@ TEST(JsonReader, readsNumbersByValueNotBySpelling) {
   EXPECT_EQ(number("-0"), 0);
   EXPECT_EQ(number("-0.0e5"), 0);
   EXPECT_EQ(number("0e99999999999999999999"), 0);
+  EXPECT_EQ(number("-0e99"), 0);
+  EXPECT_EQ(number("-0.00e-5"), 0);
+  EXPECT_EQ(number("9e18"), 9'000'000'000'000'000'000);
   EXPECT_EQ(valueOf<std::uint32_t>("-0"), 0U);
   EXPECT_EQ(number("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
   EXPECT_EQ(number("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
@@ -65,7 +68,8 @@ TEST(JsonReader, readsNumbersByValueNotBySpelling) {
 
 TEST(JsonReader, refusesNumbersThatAreNoIntegersOrDoNotFit) {
   for (const char* json : {"1.5", "1e-1", "9223372036854775808", "-9223372036854775809", "1e19",
-                           "1e99999999999999999999", "1e-99999999999999999999"}) {
+                           "1e99999999999999999999", "1e-99999999999999999999",
+                           "10e9223372036854775807", "1.5e-9223372036854775808"}) {
     EXPECT_EQ(number(json), std::nullopt) << json;
   }
   EXPECT_EQ(valueOf<std::uint32_t>("-1"), std::nullopt);
@@ -100,6 +104,12 @@ TEST(JsonReader, decodesEveryEscape) {
   EXPECT_EQ(text(R"("a\u0000b")"), std::string("a\0b", 3));
 }
 
+TEST(JsonReader, aStringMayEndInAnEscapedBackslash) {
+  EXPECT_EQ(text(R"("a\\")"), "a\\");
+  EXPECT_TRUE(skips(R"(["\\","\\\\",{"a\\":"\\\""}])"));
+  EXPECT_FALSE(skips(R"(["\\\"])"));
+}
+
 TEST(JsonReader, refusesEscapesOutsideTheGrammar) {
   for (const char* json : {R"("\x")", R"("\u12")", R"("\u12g4")", R"("\u-123")", R"("\")", "\"\\",
                            "\"\\u12", R"("\é")"}) {
@@ -110,7 +120,7 @@ TEST(JsonReader, refusesEscapesOutsideTheGrammar) {
 
 TEST(JsonReader, halfASurrogatePairFailsWhereItIsReadAndPassesWhereItIsNot) {
   for (const char* json : {R"("\uD83D")", R"("\uDE00")", R"("\uDE00\uD83D")", R"("\uD83Dx")",
-                           R"("\uD83D\n")", R"("\uD83D\uD83D")"}) {
+                           R"("\uD83D\n")", R"("\uD83D\uD83D")", R"("\uD83D/uDE00")"}) {
     EXPECT_EQ(text(json), std::nullopt) << json;
     EXPECT_TRUE(skips(json)) << json;
   }
@@ -205,6 +215,28 @@ TEST(JsonReader, nothingButWhiteSpaceFollowsTheValue) {
   EXPECT_EQ(number("1\v"), std::nullopt);
 }
 
+// In memory of exactly their length, so that the address sanitizer sees a look behind the end.
+TEST(JsonReader, looksAtNothingBehindItsText) {
+  const std::string_view whole =
+      R"({"k\"":["a\\","\u0041\/\uD83D\uDE00","plain, and longer than a block of a scan"],)"
+      R"("n":[-12.5e+3,0,true,false,null]})";
+  ASSERT_TRUE(skips(whole));
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    const std::vector<char> part(whole.begin(),
+                                 whole.begin() + static_cast<std::ptrdiff_t>(length));
+    const std::string_view json(part.data(), length);
+    EXPECT_FALSE(skips(json)) << json;
+    for (std::size_t from = 0; from < length; ++from) {
+      JsonReader reader(json.substr(from));
+      std::string read;
+      reader.read(read);
+      std::string_view key;
+      JsonReader(json.substr(from)).skipValue();
+      if (JsonReader object(json.substr(from)); object.enterObject()) (void)object.nextKey(key);
+    }
+  }
+}
+
 TEST(JsonReader, keysAreComparedAfterTheirEscapes) {
   JsonReader json(R"({"\u006eame":1,"é":2})");
   std::string_view key;
@@ -237,6 +269,9 @@ TEST(JsonReader, theFirstFailureSticks) {
   EXPECT_FALSE(json.takeNull());
   EXPECT_EQ(json.error(), first);
   EXPECT_EQ(value, 7);
+  JsonReader null("null");
+  EXPECT_FALSE(null.enterArray());
+  EXPECT_FALSE(null.takeNull());
 }
 
 // A record of one list and one number, both required.
@@ -299,6 +334,11 @@ TEST(JsonReader, aTextKeepsNoMoreRoomThanItNeeds) {
     ASSERT_TRUE(texts.has_value());
     for (const std::string& text : *texts) ASSERT_LT(text.capacity(), 512U) << count;
   }
+  std::string json = "[";
+  for (int i = 0; i < 100; ++i) json += '"' + std::string(5000, 'x') + "\",";
+  const auto longer = valueOf<std::vector<std::string>>(json + "\"\"]");
+  ASSERT_TRUE(longer.has_value());
+  for (const std::string& text : *longer) ASSERT_LT(text.capacity(), 80'000U);
 }
 
 #if defined(__linux__)

@@ -25,7 +25,7 @@ char JsonReader::peek() {
 
 bool JsonReader::take(char expected) {
   if (failed()) return false;
-  if (peek() != expected || at == end) {
+  if (peek() != expected) {
     corrupted("unexpected character");
     return false;
   }

@@ -2,7 +2,9 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
+#include <thread>
 
 #include "LocalMount.h"
 #include "ScriptedMountFixture.h"
@@ -73,6 +75,31 @@ TEST_F(InterruptTest, aSignalThatDumpsCoreEndsALookupAtOnceToo) {
   mountTree();
   const TreeHost::Question question{.op = ControlOp::stat, .path = "me/Docs/a"};
   EXPECT_EQ(interrupted({"stat", at("a")}, question, SIGQUIT), 128 + SIGQUIT);
+  hostSpeaksAgain();
+  EXPECT_EQ(contentOf(at("b")), "bee");
+}
+
+// No local file system fails a call for a timer's signal, so a host has a second to answer it yet.
+TEST_F(InterruptTest, aProgramThatHandlesTheSignalHasItsErrorASecondLater) {
+  mountTree();
+  struct sigaction handled{};
+  handled.sa_handler = [](int) {};
+  struct sigaction before{};
+  ASSERT_EQ(::sigaction(SIGUSR1, &handled, &before), 0);
+  const TreeHost::Question question{.op = ControlOp::stat, .path = "me/Docs/a"};
+  host.answer(question, HostReply().stall().answer(usualAnswer(question)));
+  int error = 0;
+  std::thread program([&] {
+    struct stat status{};
+    error = errnoOf([&] { return ::stat(at("a").c_str(), &status); });
+  });
+  EXPECT_TRUE(host.waitUntilAsked(question));
+  const auto start = std::chrono::steady_clock::now();
+  ::pthread_kill(program.native_handle(), SIGUSR1);
+  program.join();
+  EXPECT_EQ(error, EINTR) << named(error);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  ::sigaction(SIGUSR1, &before, nullptr);
   hostSpeaksAgain();
   EXPECT_EQ(contentOf(at("b")), "bee");
 }

@@ -129,6 +129,24 @@ TEST(ControlRequest, rawValuesConvertBothWays) {
   EXPECT_EQ(fromRawValue<SharePolicy>("ye"), std::nullopt);
 }
 
+TEST(ControlRequest, everyFieldCountsInEquality) {
+  const ControlRequest request{.op = ControlOp::read};
+  for (auto change :
+       {+[](ControlRequest& r) { r.op = ControlOp::list; }, +[](ControlRequest& r) { r.name = ""; },
+        +[](ControlRequest& r) { r.folder = ""; },
+        +[](ControlRequest& r) { r.policy = SharePolicy::interactive; },
+        +[](ControlRequest& r) { r.includeSecrets.emplace(); },
+        +[](ControlRequest& r) { r.ackCaps = false; }, +[](ControlRequest& r) { r.all = false; },
+        +[](ControlRequest& r) { r.label = ""; }, +[](ControlRequest& r) { r.address = ""; },
+        +[](ControlRequest& r) { r.offset = 0; }, +[](ControlRequest& r) { r.length = 0; },
+        +[](ControlRequest& r) { r.namesOnly = false; }, +[](ControlRequest& r) { r.limit = 0; }}) {
+    ControlRequest other = request;
+    EXPECT_EQ(request, other);
+    change(other);
+    EXPECT_NE(request, other);
+  }
+}
+
 TEST(ControlRequest, textsAreEqualByCanonicalEquivalence) {
   const ControlRequest composed{.op = ControlOp::stat, .name = "caf\u00e9"};
   const ControlRequest decomposed{.op = ControlOp::stat, .name = "cafe\u0301"};

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <initializer_list>
+
 #include "RecordJson.h"
 #include "control/ControlResponse.h"
 #include "control/FileStat.h"
@@ -130,6 +133,51 @@ TEST(ControlResponse, escapedAndPlainSlashesReadAlike) {
   EXPECT_EQ(decoded<ControlResponse>(R"({"status":"ok","dataBase64":"\/\/8="})").dataBase64,
             "//8=");
   EXPECT_EQ(decoded<ControlResponse>(R"({"status":"ok","dataBase64":"//8="})").dataBase64, "//8=");
+}
+
+// Each change makes an unequal record of a copy.
+template <class Record>
+void expectEveryChangeCounts(const Record& record,
+                             std::initializer_list<void (*)(Record&)> changes) {
+  std::size_t number = 0;
+  for (const auto change : changes) {
+    Record other = record;
+    EXPECT_TRUE(record == other);
+    change(other);
+    EXPECT_FALSE(record == other) << "change " << number;
+    ++number;
+  }
+}
+
+TEST(ControlResponse, everyFieldCountsInEquality) {
+  expectEveryChangeCounts<ControlResponse>(
+      ControlResponse::ok(),
+      {[](ControlResponse& r) { r.status = ControlResponse::Status::review; },
+       [](ControlResponse& r) { r.message = ""; }, [](ControlResponse& r) { r.review.emplace(); },
+       [](ControlResponse& r) { r.shares.emplace(); },
+       [](ControlResponse& r) { r.remoteShares.emplace(); },
+       [](ControlResponse& r) { r.stat.emplace(); },
+       [](ControlResponse& r) { r.entries.emplace(); },
+       [](ControlResponse& r) { r.names.emplace(); },
+       [](ControlResponse& r) { r.dataBase64 = ""; }});
+}
+
+TEST(ControlResponse, everyFieldOfItsPartsCountsInEquality) {
+  expectEveryChangeCounts<ReviewSummary>(
+      {},
+      {[](ReviewSummary& r) { r.sharedCount = 1; }, [](ReviewSummary& r) { r.excludedCount = 1; },
+       [](ReviewSummary& r) { r.secrets = {"s"}; }, [](ReviewSummary& r) { r.caps = {"c"}; },
+       [](ReviewSummary& r) { r.isRemote = true; }});
+  expectEveryChangeCounts<ControlStat>(
+      {}, {[](ControlStat& s) { s.name = "n"; }, [](ControlStat& s) { s.size = 1; },
+           [](ControlStat& s) { s.mtimeMs = 1; }, [](ControlStat& s) { s.isDirectory = true; },
+           [](ControlStat& s) { s.mode = 1; }, [](ControlStat& s) { s.nlink = 1; },
+           [](ControlStat& s) { s.owner = "o"; }, [](ControlStat& s) { s.group = "g"; }});
+  expectEveryChangeCounts<ControlName>(
+      {}, {[](ControlName& n) { n.name = "n"; }, [](ControlName& n) { n.isDirectory = true; }});
+  expectEveryChangeCounts<RemoteShareInfo>(
+      {}, {[](RemoteShareInfo& s) { s.peer = "p"; }, [](RemoteShareInfo& s) { s.name = "n"; },
+           [](RemoteShareInfo& s) { s.isRemote = true; }});
 }
 
 TEST(ControlName, hasOneLetterKeys) {

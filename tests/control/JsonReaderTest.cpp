@@ -102,6 +102,10 @@ TEST(JsonReader, decodesEveryEscape) {
   EXPECT_EQ(text(R"("\"\\\/\b\f\n\r\t")"), "\"\\/\b\f\n\r\t");
   EXPECT_EQ(text(R"("\u0041\u00e9\u20AC\uD83D\uDE00")"), "A\u00e9\u20ac\U0001F600");
   EXPECT_EQ(text(R"("a\u0000b")"), std::string("a\0b", 3));
+  // The first and the last character of each length in UTF-8.
+  EXPECT_EQ(text(R"("\u007f\u0080\u07ff\u0800\ud7ff\ue000\uffff\ud800\udc00\udbff\udfff")"),
+            "\x7f\xc2\x80\xdf\xbf\xe0\xa0\x80\xed\x9f\xbf\xee\x80\x80\xef\xbf\xbf"
+            "\xf0\x90\x80\x80\xf4\x8f\xbf\xbf");
 }
 
 TEST(JsonReader, aStringMayEndInAnEscapedBackslash) {

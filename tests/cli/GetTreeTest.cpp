@@ -185,6 +185,14 @@ TEST_F(GetTreeTest, aFullDiskEndsTheCopy) {
   EXPECT_EQ(outcome.out, "a.txt\n") << "nothing half, and nothing behind it";
 }
 
+TEST_F(GetTreeTest, whatAnEndCarriesIsNobodys) {
+  streamDocs(StreamBytes().file("a.txt", "hello").frame(ControlStreamFrame::eof, "more"));
+  streamFile("me/Docs/sub/b", StreamBytes().data("world").eof());
+  expectDone(get({docs, "me/Docs/sub/b", dest.path()}));
+  EXPECT_EQ(content("Docs/a.txt"), "hello");
+  EXPECT_EQ(content("b"), "world");
+}
+
 TEST_F(GetTreeTest, timesThatCannotBeListedAreAskedForOneByOne) {
   host.answer({.op = ControlOp::list, .path = "me/Docs"},
               HostReply().answer(R"({"status":"error","message":"listing too large"})"));

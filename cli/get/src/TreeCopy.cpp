@@ -62,9 +62,6 @@ CopyResult<bool> TreeCopy::nextFrame() {
       break;
     case ControlStreamFrame::eof:
       finishCurrent();
-      while (stream.remaining() > 0) {
-        if (auto skipped = stream.readPiece(); !skipped) return std::unexpected(skipped.error());
-      }
       return false;
     case ControlStreamFrame::error: {
       const auto message = stream.readText(maxMessageBytes);

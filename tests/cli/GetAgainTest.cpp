@@ -170,6 +170,29 @@ TEST_F(GetAgainTest, anInterruptedCopyIsResumed) {
   EXPECT_EQ(modeOf("Docs/sub"), modeOf("Docs"));
 }
 
+TEST_F(GetAgainTest, aFolderWhoseOnlyFileFailedIsNotTakenForAnEmptyOne) {
+  const auto streamSub = [&](const StreamBytes& sub) {
+    host.answer({.op = ControlOp::readTreeStream, .path = "me/Docs/sub"}, sub.reply());
+  };
+  streamDocs(StreamBytes().folder("sub").announce("sub/b", 5).fileError("i/o error").eof());
+  streamSub(StreamBytes().announce("b", 5).fileError("i/o error").eof());
+  for (int i = 0; i < 3; ++i) expectFailed(getDocs({"--resume"}), "me/Docs/sub/b: EIO");
+  streamSub(StreamBytes().file("b", "world").eof());
+  expectDone(getDocs({"--resume"}));
+  EXPECT_EQ(content("Docs/sub/b"), "world");
+  EXPECT_EQ(secondsOf("Docs/sub"), TreeHost::someTime / 1000);
+}
+
+TEST_F(GetAgainTest, norIsOneOfAHostWithoutStreams) {
+  host.answerAsUsual();
+  host.answer({.op = ControlOp::read, .path = "me/Docs/sub/b"},
+              HostReply().answer(R"({"status":"error","message":"i/o error"})"));
+  for (int i = 0; i < 2; ++i) expectFailed(getDocs({"--resume"}), "me/Docs/sub/b: EIO");
+  host.answerAsUsual();
+  expectDone(getDocs({"--resume"}));
+  EXPECT_EQ(content("Docs/sub/b"), "world");
+}
+
 TEST_F(GetAgainTest, resumingAsksForNoNamesThatAWalkLeavesOut) {
   expectDone(getDocs());
   host.file("me/Docs/.DS_Store", "x");

@@ -51,6 +51,31 @@ TEST_F(GetHostileStreamTest, namesThatLeadElsewhereAreRefused) {
   EXPECT_FALSE(std::filesystem::exists("/tmp/tarnel-evil"));
 }
 
+TEST_F(GetHostileStreamTest, namesOfSharesAndPeersAreNotTrustedEither) {
+  ControlResponse shares;
+  shares.shares.emplace();
+  shares.remoteShares.emplace();
+  for (const char* name : {"..", "../..", "", "Docs"}) {
+    shares.shares->push_back({.name = name, .isRemote = false});
+  }
+  shares.remoteShares->push_back({.peer = "..", .name = "evil", .isRemote = true});
+  host.answer({.op = ControlOp::shares}, HostReply().answer(TreeHost::lineOf(shares)));
+  for (const char* path : {"me/..", "me/../..", "me/", "../evil"}) {
+    host.folder(path);
+    host.answer({.op = ControlOp::readTreeStream, .path = path},
+                StreamBytes().file("evil", "evil").eof().reply());
+  }
+  streamDocs(StreamBytes().file("good", "good").eof());
+  const TempDir around;
+  std::filesystem::create_directories(around / "a/dest");
+  const ProgramOutcome outcome = get({"/", around / "a/dest"});
+  EXPECT_EQ(outcome.errorLines(), 4U);
+  expectFailed(outcome, "me/..: EINVAL (unsafe name)");
+  expectFailed(outcome, "../evil: EINVAL (unsafe name)");
+  EXPECT_THAT(below(around.path()),
+              ElementsAre("a", "a/dest", "a/dest/me", "a/dest/me/Docs", "a/dest/me/Docs/good"));
+}
+
 TEST_F(GetHostileStreamTest, namesThatAreTooLongAreRefused) {
   expectSkipped(StreamBytes().file(std::string(256, 'n'), "x"), "ENAMETOOLONG");
   std::string deep = "d";

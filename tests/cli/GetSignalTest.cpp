@@ -82,6 +82,27 @@ TEST_F(GetSignalTest, anInterruptedCopyIsNotTakenForAWholeOne) {
   EXPECT_EQ(content("Docs/sub/part"), "0123456789");
 }
 
+TEST_F(GetSignalTest, aResumedCopyThatIsInterruptedIsNotTakenForAWholeOne) {
+  host.folder("me/Docs/one");
+  host.file("me/Docs/one/f", "hello");
+  host.folder("me/Docs/two");
+  host.file("me/Docs/two/g", "world");
+  std::filesystem::create_directories(dest / "Docs/one");
+  std::ofstream(dest / "Docs/one/mine") << "stays";
+  host.answer({.op = ControlOp::readStream, .path = "me/Docs/one/f"}, HostReply().stall());
+  {
+    Program program(command({"--resume", docs, dest.path()}));
+    ASSERT_TRUE(host.waitUntilAsked({.op = ControlOp::readStream, .path = "me/Docs/one/f"}));
+    interrupt(program, SIGINT);
+  }
+  streamFile("me/Docs/one/f", StreamBytes().data("hello").eof());
+  host.answer({.op = ControlOp::readTreeStream, .path = "me/Docs/two"},
+              StreamBytes().file("g", "world").eof().reply());
+  expectDone(getDocs({"--resume"}));
+  EXPECT_EQ(content("Docs/one/f"), "hello");
+  EXPECT_EQ(content("Docs/two/g"), "world");
+}
+
 TEST_F(GetSignalTest, aSignalEndsAReportThatNobodyReads) {
   StreamBytes stream;
   for (int i = 0; i < 100; ++i) stream.folder("../" + std::string(4'000, 'n'));

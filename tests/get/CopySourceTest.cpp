@@ -42,6 +42,22 @@ TEST_F(CopySourceTest, aListingThatWasNotWaitedForIsAskedForAgain) {
   EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
 }
 
+TEST(CopySourceStream, aHostThatHungUpIsCalledAgain) {
+  ScriptedHost host;
+  const std::string line = R"({"op":"stat","name":"me\/Docs"})";
+  const std::string answer = R"({"status":"error","message":"no such file"})";
+  host.expect(line).answer(answer).hangUp();
+  host.expect(line).answer(answer);
+  Interruption interruption;
+  CopySource source(host.path(), interruption);
+  for (int i = 1; i <= 2; ++i) {
+    const auto status = source.stat("me/Docs");
+    ASSERT_FALSE(status);
+    EXPECT_EQ(status.error(), CopyError{.error = ENOENT});
+    ASSERT_TRUE(i == 2 || host.waitForEnds(1));
+  }
+}
+
 TEST(CopySourceStream, noMoreIsAskedForThanAFileHad) {
   ScriptedHost host;
   const std::string end = ControlStreamFrame::encode(ControlStreamFrame::eof, "");

@@ -2,7 +2,7 @@
 
 #include <spawn.h>
 #include <sys/mount.h>
-#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -73,8 +73,9 @@ std::expected<void, std::string> unmountOwn(const std::string& path, UnmountMode
 }
 
 bool cleanUpDeadMount(const std::string& path) {
-  struct stat status{};
-  if (::stat(path.c_str(), &status) == 0 || errno != ENOTCONN) return false;
+  // Not stat(2), which the kernel answers for as long as it keeps attributes.
+  struct statvfs status{};
+  if (::statvfs(path.c_str(), &status) == 0 || errno != ENOTCONN) return false;
   return unmountOwn(path, UnmountMode::lazy).has_value();
 }
 

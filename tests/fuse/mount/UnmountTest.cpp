@@ -148,12 +148,14 @@ TEST_F(UnmountTest, aSignalLeavesAnotherMountOnTheSameFolderAlone) {
 
 class DeadMountTest : public UnmountTest {
  protected:
-  void killMount() {
-    mountTree();
+  void killMount(const std::string& options = nothingKept) {
+    mountTree(options);
+    struct stat status{};
+    ASSERT_EQ(::stat(mount->path().c_str(), &status), 0);
     mount->program().signal(SIGKILL);
     EXPECT_EQ(mount->program().wait().status, 128 + SIGKILL);
-    struct stat status{};
-    ASSERT_EQ(errnoOf([&] { return ::stat(mount->path().c_str(), &status); }), ENOTCONN);
+    const int error = errnoOf([&] { return ::stat(mount->path().c_str(), &status); });
+    ASSERT_EQ(error, options == nothingKept ? ENOTCONN : 0);
   }
   void expectMountable(const std::string& given) {
     const ProgramOutcome again = runTarnel({"mount", "--socket", host.path(), given});
@@ -166,6 +168,11 @@ class DeadMountTest : public UnmountTest {
 
 TEST_F(DeadMountTest, theNextMountOnTheFolderCleansUp) {
   killMount();
+  expectMountable(mount->path());
+}
+
+TEST_F(DeadMountTest, theNextMountCleansUpThoughTheKernelKeepsTheRootsAttributes) {
+  killMount("attr_timeout=3600,entry_timeout=3600");
   expectMountable(mount->path());
 }
 

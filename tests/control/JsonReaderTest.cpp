@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <expected>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <random>
@@ -13,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "MemoryLeft.h"
 #include "control/JsonReader.h"
 #include "support/Sanitized.h"
 
@@ -346,23 +344,6 @@ TEST(JsonReader, aTextKeepsNoMoreRoomThanItNeeds) {
 }
 
 #if defined(__linux__)
-// No more than so many bytes of new memory for this process, for as long as it lives.
-class MemoryLeft {
- public:
-  explicit MemoryLeft(std::size_t bytes) {
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    EXPECT_EQ(::getrlimit(RLIMIT_AS, &before), 0);
-    const rlim_t most = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + bytes;
-    const rlimit some{.rlim_cur = most, .rlim_max = before.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_AS, &some), 0);
-  }
-  ~MemoryLeft() { EXPECT_EQ(::setrlimit(RLIMIT_AS, &before), 0); }
-
- private:
-  rlimit before{};
-};
-
 TEST(JsonReader, aRecordThatHasNoRoomInMemoryFailsAndEndsNothing) {
   if (builtWithSanitizer) GTEST_SKIP() << "a sanitizer has the memory";
   std::string json = R"({"list":[)";

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "MemoryLeft.h"
 #include "control/ReceiveBuffer.h"
 #include "control/UniqueFd.h"
+#include "support/Sanitized.h"
 
 namespace tarnel::test {
 namespace {
@@ -94,6 +96,21 @@ TEST(ReceiveBuffer, manyLinesOfEveryLengthComeOutAsTheyWentIn) {
   while (auto line = buffer.takeLine()) out.push_back(std::move(*line));
   EXPECT_EQ(in, out);
 }
+
+#if defined(__linux__)
+// A peer that writes its next line before the last one is taken never lets the buffer become empty.
+TEST(ReceiveBuffer, holdsWhatWaitsHoweverMuchHasGoneThrough) {
+  if (builtWithSanitizer) GTEST_SKIP() << "a sanitizer has memory of its own";
+  const std::string piece = std::string(99'999, 'x') + "\n" + std::string(100, 'y');
+  ReceiveBuffer buffer;
+  const MemoryLeft little(16 << 20);
+  for (int i = 0; i < 2'500; ++i) {  // 250 MB
+    buffer.append(piece);
+    ASSERT_TRUE(buffer.takeLine().has_value());
+  }
+  EXPECT_EQ(buffer.view(), std::string(100, 'y'));
+}
+#endif
 
 class ReceiveBufferFill : public testing::Test {
  protected:

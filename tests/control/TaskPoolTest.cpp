@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
+#include <filesystem>
 #include <future>
+#include <iterator>
 #include <memory>
 
 #include "control/TaskPool.h"
@@ -43,6 +46,20 @@ TEST(TaskPool, whatIsQueuedRunsAfterThePoolWasReleased) {
   goOn.set_value();
   EXPECT_EQ(done.get_future().wait_for(waitBound), std::future_status::ready);
 }
+
+#if defined(__linux__)
+std::ptrdiff_t threadsOfThisProcess() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+TEST(TaskPool, releasingItEndsItsThreads) {
+  const std::ptrdiff_t before = threadsOfThisProcess();
+  {
+    const TaskPool pool(4);
+  }
+  EXPECT_TRUE(eventually([&] { return threadsOfThisProcess() <= before; }));
+}
+#endif
 
 TEST(TaskPool, mayBeReleasedByItsOwnItem) {
   auto pool = std::make_shared<TaskPool>();

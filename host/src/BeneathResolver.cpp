@@ -1,7 +1,6 @@
 #include "host/BeneathResolver.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string_view>

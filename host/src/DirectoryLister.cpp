@@ -3,10 +3,10 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <memory>
 #include <string_view>
 
 #include "AnswerLine.h"
+#include "DirectoryStream.h"
 #include "HostStatus.h"
 #include "control/Text.h"
 
@@ -14,13 +14,6 @@ namespace tarnel {
 namespace {
 
 constexpr std::string_view closing = "]}\n";
-
-struct CloseDirectory {
-  void operator()(DIR* stream) const { ::closedir(stream); }
-};
-using DirectoryStream = std::unique_ptr<DIR, CloseDirectory>;
-
-bool isDotEntry(std::string_view name) { return name == "." || name == ".."; }
 
 bool isSearchable(int directoryFD) {
   struct stat status;
@@ -42,33 +35,30 @@ HostResult<Listing> DirectoryLister::run() {
   struct stat status;
   if (::fstat(opened->get(), &status) != 0) return std::unexpected(refusalFor(errno));
   directory = fileId(status);
-  const DirectoryStream stream(::fdopendir(opened->get()));
-  if (!stream) return std::unexpected(refusalFor(errno));
-  directoryFD = opened->release();  // the stream's now
+  auto stream = DirectoryStream::open(std::move(*opened));
+  if (!stream) return std::unexpected(stream.error());
+  directoryFD = stream->fd();
   json.beginObject();
   json.field("status", "ok");
   json.key(options.namesOnly ? "names" : "entries");
   json.beginArray();
-  if (auto done = writeEntries(stream.get()); !done) return std::unexpected(done.error());
+  if (auto done = writeEntries(*stream); !done) return std::unexpected(done.error());
   json.endArray();
   json.endObject();
   return Listing{.line = answerLine(json), .namesLeftOut = namesLeftOut};
 }
 
-HostResult<void> DirectoryLister::writeEntries(DIR* stream) {
+HostResult<void> DirectoryLister::writeEntries(DirectoryStream& stream) {
   while (!isComplete()) {
-    errno = 0;  // readdir tells the end from a failure by errno alone
-    const dirent* next = ::readdir(stream);
-    if (next == nullptr) {
-      if (errno != 0) return std::unexpected(refusalFor(errno));
-      return {};
-    }
-    if (isDotEntry(next->d_name)) continue;
-    if (!isValidUtf8(next->d_name)) {
+    const auto next = stream.next();
+    if (!next) return std::unexpected(next.error());
+    if (*next == nullptr) return {};
+    const char* const name = (*next)->d_name;
+    if (!isValidUtf8(name)) {
       ++namesLeftOut;
       continue;
     }
-    if (auto done = writeEntry(next->d_name); !done) return done;
+    if (auto done = writeEntry(name); !done) return done;
   }
   return {};
 }

@@ -5,22 +5,15 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <utility>
 
+#include "DirectoryStream.h"
 #include "control/Text.h"
 
 namespace tarnel {
 namespace {
-
-struct CloseDirectory {
-  void operator()(DIR* stream) const { ::closedir(stream); }
-};
-
-bool isDotEntry(std::string_view name) { return name == "." || name == ".."; }
 
 using Kind = DirectoryNames::Kind;
 
@@ -42,24 +35,20 @@ std::optional<Kind> kindOf(int directoryFD, const dirent& entry) {
 
 HostResult<DirectoryNames> DirectoryNames::read(UniqueFd directory, std::size_t budget,
                                                 const Wanted& wanted) {
-  const std::unique_ptr<DIR, CloseDirectory> stream(::fdopendir(directory.get()));
-  if (!stream) return std::unexpected(refusalFor(errno));
-  (void)directory.release();  // the stream's now
+  auto stream = DirectoryStream::open(std::move(directory));
+  if (!stream) return std::unexpected(stream.error());
   DirectoryNames names;
   while (true) {
-    errno = 0;  // readdir tells the end from a failure by errno alone
-    const dirent* next = ::readdir(stream.get());
-    if (next == nullptr) {
-      if (errno != 0) return std::unexpected(refusalFor(errno));
-      break;
-    }
-    const std::string_view name = next->d_name;
-    if (isDotEntry(name) || !wanted(name)) continue;
+    const auto next = stream->next();
+    if (!next) return std::unexpected(next.error());
+    if (*next == nullptr) break;
+    const std::string_view name = (*next)->d_name;
+    if (!wanted(name)) continue;
     if (!isValidUtf8(name)) {
       ++names.notUtf8;
       continue;
     }
-    const auto kind = kindOf(::dirfd(stream.get()), *next);
+    const auto kind = kindOf(stream->fd(), **next);
     if (!kind) continue;
     names.add(name, *kind);
     if (names.bytes() > budget) return std::unexpected(Refusal::folderTooLarge);

@@ -68,8 +68,8 @@ std::size_t HostConnection::mostUnderWay() const {
 
 bool HostConnection::isOver() const {
   pollfd watched{.fd = fd, .events = 0, .revents = 0};
-  return ::poll(&watched, 1, 0) >
-         0;  // only a hang-up or an error comes without having been asked for
+  // Only a hang-up or an error comes without having been asked for.
+  return ::poll(&watched, 1, 0) > 0;
 }
 
 }  // namespace tarnel

@@ -7,7 +7,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <optional>
 #include <utility>
 
 #include "HostPlatform.h"

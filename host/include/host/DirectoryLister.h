@@ -9,7 +9,6 @@
 // names-only listing holds about three times as many. Threads: one lister, one thread.
 #pragma once
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cstddef>
@@ -26,6 +25,8 @@
 #include "host/Refusal.h"
 
 namespace tarnel {
+
+class DirectoryStream;
 
 struct ListingOptions {
   bool namesOnly = false;
@@ -47,7 +48,7 @@ class DirectoryLister {
   [[nodiscard]] HostResult<Listing> run();
 
  private:
-  [[nodiscard]] HostResult<void> writeEntries(DIR* stream);
+  [[nodiscard]] HostResult<void> writeEntries(DirectoryStream& stream);
   [[nodiscard]] HostResult<void> writeEntry(const char* name);
   // nullopt leaves the entry out.
   [[nodiscard]] HostResult<std::optional<struct stat>> statusOf(const char* name);

@@ -8,6 +8,7 @@
 #include "CheckGroups.h"
 #include "FileBytes.h"
 #include "HostProbe.h"
+#include "Statuses.h"
 #include "fs/FabricLocation.h"
 
 namespace tarnel {
@@ -17,18 +18,6 @@ constexpr int attempts = 3;
 constexpr std::size_t mostCompared = 20;  // entries of one listing
 constexpr const char* alwaysChanging =
     "what is shared changes all the time: share something at rest";
-
-using Entries = std::map<std::string, ControlStat>;  // by the bytes of the name
-
-Checked<Entries> entriesOf(const HostProbe& host, const std::string& folder) {
-  auto answer = host.ask(listRequest(folder));
-  if (!answer) return std::unexpected(answer.error());
-  Entries entries;
-  for (ControlStat& entry : answer->response.entries.value_or(std::vector<ControlStat>())) {
-    if (isSafeFabricName(entry.name)) entries[entry.name] = std::move(entry);
-  }
-  return entries;
-}
 
 std::string differenceOf(const ControlStat& listed, const ControlStat& stat) {
   if (listed.name != stat.name) return "name";
@@ -43,7 +32,7 @@ std::string differenceOf(const ControlStat& listed, const ControlStat& stat) {
 
 // Of two listings, what `stat` in between said differently. Nothing where the two differ themselves.
 std::string disagreement(const std::string& location, const ControlStat& before,
-                         const std::optional<ControlStat>& stat, const Entries& after) {
+                         const std::optional<ControlStat>& stat, const EntriesByName& after) {
   const auto still = after.find(before.name);
   if (still == after.end() || !(still->second == before)) return "";
   if (!stat) return quoted(location) + " is listed and has no status";
@@ -57,7 +46,7 @@ CheckVerdict statAgreesWithList(HostProbe& host) {
   if (!material.folder) return skipped("share a folder with something in it");
   for (const auto& folder : {material.folder, material.subfolder}) {
     if (!folder) continue;
-    const auto before = entriesOf(host, *folder);
+    const auto before = entriesByName(host, *folder);
     if (!before) return before.error();
     std::vector<std::pair<const ControlStat*, std::optional<ControlStat>>> looked;
     for (const auto& [name, entry] : *before) {
@@ -66,7 +55,7 @@ CheckVerdict statAgreesWithList(HostProbe& host) {
       if (!answer) return answer.error();
       looked.emplace_back(&entry, answer->response.stat);
     }
-    const auto after = entriesOf(host, *folder);
+    const auto after = entriesByName(host, *folder);
     if (!after) return after.error();
     for (const auto& [entry, stat] : looked) {
       const std::string fault = disagreement(below(*folder, entry->name), *entry, stat, *after);
@@ -176,7 +165,7 @@ CheckVerdict namesAgreeWithEntries(HostProbe& host) {
   ControlRequest request = listRequest(*folder);
   request.namesOnly = true;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    const auto before = entriesOf(host, *folder);
+    const auto before = entriesByName(host, *folder);
     if (!before) return before.error();
     const auto answer = host.ask(request);
     if (!answer) return answer.error();
@@ -188,7 +177,7 @@ CheckVerdict namesAgreeWithEntries(HostProbe& host) {
     std::map<std::string, bool> expected;
     for (const auto& [name, entry] : *before) expected[name] = entry.isDirectory;
     if (names == expected) return passed();
-    const auto after = entriesOf(host, *folder);
+    const auto after = entriesByName(host, *folder);
     if (!after) return after.error();
     if (*before != *after) continue;
     return failedCheck("the listing of " + quoted(*folder) +
@@ -202,12 +191,12 @@ CheckVerdict twoListingsAgree(HostProbe& host) {
   const auto& folder = host.material().folder;
   if (!folder) return skipped("share a folder with something in it");
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    const auto first = entriesOf(host, *folder);
+    const auto first = entriesByName(host, *folder);
     if (!first) return first.error();
-    const auto second = entriesOf(host, *folder);
+    const auto second = entriesByName(host, *folder);
     if (!second) return second.error();
     if (*first == *second) return passed();
-    const auto third = entriesOf(host, *folder);
+    const auto third = entriesByName(host, *folder);
     if (!third) return third.error();
     if (*first != *third) continue;  // never twice the same: it may be changing
     return failedCheck("two listings of " + quoted(*folder) + " differ: list everything each time");

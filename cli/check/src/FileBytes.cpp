@@ -1,5 +1,6 @@
 #include "FileBytes.h"
 
+#include "Statuses.h"
 #include "control/Base64.h"
 
 namespace tarnel {
@@ -56,12 +57,9 @@ Checked<Bytes> readOn(const HostProbe& host, const std::string& location, std::i
 }
 
 Checked<std::int64_t> sizeOf(const HostProbe& host, const std::string& location) {
-  const auto answer = host.ask(statRequest(location));
-  if (!answer) return std::unexpected(answer.error());
-  if (answer->response.stat) return answer->response.stat->size;
-  return failing(quoted(location) +
-                 " was listed and has no status: answer `stat` for what `list` "
-                 "shows");
+  const auto stat = statOf(host, location);
+  if (!stat) return std::unexpected(stat.error());
+  return stat->size;
 }
 
 }  // namespace tarnel

@@ -5,20 +5,12 @@
 #include "CheckGroups.h"
 #include "HostProbe.h"
 #include "Refusals.h"
+#include "Statuses.h"
 
 namespace tarnel {
 namespace {
 
 using Kind = FabricSourceError::Kind;
-
-Checked<ControlStat> statOf(const HostProbe& host, const std::string& location) {
-  auto answer = host.ask(statRequest(location));
-  if (!answer) return std::unexpected(answer.error());
-  if (answer->response.stat) return std::move(*answer->response.stat);
-  return failing(quoted(location) +
-                 " was listed and has no status: answer `stat` for what `list` "
-                 "shows");
-}
 
 // Of a file with content, or of whatever there is.
 std::string someLocation(HostProbe& host) {

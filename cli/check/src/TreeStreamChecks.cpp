@@ -7,6 +7,7 @@
 #include "CheckGroups.h"
 #include "FileBytes.h"
 #include "HostProbe.h"
+#include "Statuses.h"
 #include "StreamVerdicts.h"
 #include "control/Text.h"
 #include "fs/FabricLocation.h"
@@ -114,16 +115,6 @@ CheckVerdict foldersComeFirst(HostProbe& host) {
   return passed();
 }
 
-Checked<std::map<std::string, ControlStat>> listed(HostProbe& host, const std::string& folder) {
-  const auto answer = host.ask(listRequest(folder));
-  if (!answer) return std::unexpected(answer.error());
-  std::map<std::string, ControlStat> entries;
-  for (const ControlStat& entry : answer->response.entries.value_or(std::vector<ControlStat>())) {
-    if (isSafeFabricName(entry.name)) entries[entry.name] = entry;
-  }
-  return entries;
-}
-
 std::string lastName(std::string_view path) {
   return std::string(path.substr(path.rfind('/') + 1));  // npos + 1 is 0
 }
@@ -137,7 +128,7 @@ CheckVerdict noiseIsLeftOut(HostProbe& host) {
                        ": leave out \".DS_Store\" "
                        "and names that begin with \"._\"");
   }
-  const auto entries = listed(host, tree.root);
+  const auto entries = entriesByName(host, tree.root);
   if (!entries) return skipped("needs check 501 to pass");
   for (const auto& [name, entry] : *entries) {
     if (TreeHeader::isNoise(name)) return passed();
@@ -146,7 +137,7 @@ CheckVerdict noiseIsLeftOut(HostProbe& host) {
 }
 
 // What a listing and the tree's first level say differently; empty where nothing.
-std::string difference(const std::map<std::string, ControlStat>& entries, const TreeStream& tree) {
+std::string difference(const EntriesByName& entries, const TreeStream& tree) {
   std::map<std::string_view, const TreeEntry*> firstLevel;
   for (const TreeEntry& entry : tree.entries) {
     if (entry.header.relpath.find('/') == std::string::npos) {
@@ -172,13 +163,13 @@ CheckVerdict aTreeHasWhatItsListingHas(HostProbe& host) {
   const TreeStream& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   if (tree.course.end != End::eof) return skipped("needs check 822 to pass");
-  const auto entries = listed(host, tree.root);
+  const auto entries = entriesByName(host, tree.root);
   if (!entries) return skipped("needs check 501 to pass");
   const std::string fault = difference(*entries, tree);
   if (fault.empty()) return passed();
   // Something may have changed between the two.
   const TreeStream again = readTreeStream(host, tree.root, "");
-  const auto after = listed(host, tree.root);
+  const auto after = entriesByName(host, tree.root);
   if (!after) return skipped("needs check 501 to pass");
   if (difference(*after, again).empty() || *after != *entries) {
     return skipped("what is shared changes: share something at rest");

@@ -30,6 +30,12 @@ TEST(EntryPath, whatCouldLeadElsewhereIsUnsafe) {
   }
 }
 
+TEST(EntryPath, aPathOfOursIsTakenApartWithoutBeingJudged) {
+  EXPECT_EQ(namesOf("a/b c/.."), (EntryPath{"a", "b c", ".."}));
+  EXPECT_EQ(namesOf("a"), EntryPath{"a"});
+  EXPECT_EQ(namesOf(""), EntryPath{});
+}
+
 TEST(EntryPath, aNameHasAtMost255Bytes) {
   EXPECT_EQ(verdict(std::string(255, 'n') + "/a"), 0);
   EXPECT_EQ(verdict(std::string(256, 'n') + "/a"), ENAMETOOLONG);

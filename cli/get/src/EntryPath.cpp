@@ -1,5 +1,7 @@
 #include "get/EntryPath.h"
 
+#include <algorithm>
+
 #include "fs/FabricLocation.h"
 
 namespace tarnel {
@@ -30,6 +32,15 @@ CopyResult<void> parseEntryPath(std::string_view relpath, EntryPath& path) {
   }
   if (tooLong) return copyFailure(ENAMETOOLONG);
   return {};
+}
+
+EntryPath namesOf(std::string_view path) {
+  EntryPath names;
+  while (!path.empty()) {
+    names.push_back(path.substr(0, path.find('/')));
+    path.remove_prefix(std::min(names.back().size() + 1, path.size()));
+  }
+  return names;
 }
 
 }  // namespace tarnel

@@ -26,16 +26,6 @@ bool hasTime(int folder, std::int64_t mtimeMs) {
   return ::fstat(folder, &status) == 0 && modificationTimeMs(status) == mtimeMs;
 }
 
-EntryPath componentsOf(std::string_view path) {
-  EntryPath names;
-  for (std::size_t at = 0; at < path.size();) {
-    const std::size_t end = std::min(path.find('/', at), path.size());
-    names.push_back(path.substr(at, end - at));
-    at = end + 1;
-  }
-  return names;
-}
-
 }  // namespace
 
 FolderCopy::FolderCopy(CopyContext& copy, FolderChain& folderChain, std::string remotePath,
@@ -138,7 +128,7 @@ bool FolderCopy::isLoop(const FolderListing& listing) const {
 
 bool FolderCopy::enter(const std::string& relpath, const HostEntry* announced) {
   const std::string path = localOf(relpath);
-  const EntryPath names = componentsOf(path);
+  const EntryPath names = namesOf(path);
   CopyResult<void> entered;
   if (announced != nullptr) {
     FolderLook look{.mtimeMs = announced->mtimeMs};

@@ -22,13 +22,11 @@ bool hasNoise(const EntryPath& path) { return std::ranges::any_of(path, TreeHead
 
 TreeCopy::TreeCopy(CopyContext& copy, FolderChain& folders, std::string remotePath,
                    std::string localFolder)
-    : context(copy), chain(folders), remote(std::move(remotePath)), local(std::move(localFolder)) {
-  for (std::size_t at = 0; at < local.size();) {
-    const std::size_t end = std::min(local.find('/', at), local.size());
-    localPath.push_back(std::string_view(local).substr(at, end - at));
-    at = end + 1;
-  }
-}
+    : context(copy),
+      chain(folders),
+      remote(std::move(remotePath)),
+      local(std::move(localFolder)),
+      localPath(namesOf(local)) {}
 
 bool TreeCopy::run() {
   const auto opened = context.source.openTree(remote);

@@ -21,6 +21,9 @@ inline constexpr std::size_t maxDepth = 256;
 // Into a path whose memory is used again.
 [[nodiscard]] CopyResult<void> parseEntryPath(std::string_view relpath, EntryPath& path);
 
+// The names of a path of ours, which needs no judging: "a/b" has two, "" none.
+[[nodiscard]] EntryPath namesOf(std::string_view path);
+
 // One name that a host lists.
 [[nodiscard]] CopyResult<void> checkEntryName(std::string_view name);
 

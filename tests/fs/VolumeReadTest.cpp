@@ -4,20 +4,10 @@
 
 #include "VolumeTest.h"
 #include "support/MadeItem.h"
+#include "support/SomeBytes.h"
 
 namespace tarnel::test {
 namespace {
-
-// Bytes of which no two stretches are alike, so that a misplaced chunk shows.
-Bytes pattern(std::size_t size) {
-  Bytes bytes(size, '\0');
-  std::uint32_t state = 1;
-  for (char& byte : bytes) {
-    state = state * 1'664'525 + 1'013'904'223;
-    byte = static_cast<char>(state >> 24);
-  }
-  return bytes;
-}
 
 class VolumeRead : public VolumeTest {
  protected:
@@ -42,7 +32,7 @@ TEST_F(VolumeRead, copiesTheBytesToTheStartOfTheBuffer) {
 }
 
 TEST_F(VolumeRead, asksForChunksOfAtMost256KiBAtTheFollowingOffsets) {
-  const Bytes content = pattern(700'000);
+  const Bytes content = someBytes(700'000);
   const auto a = file(content);
   const auto buffer = std::make_shared<ByteBuffer>(600'000);
   constexpr std::int64_t o = 1000;
@@ -53,14 +43,14 @@ TEST_F(VolumeRead, asksForChunksOfAtMost256KiBAtTheFollowingOffsets) {
 }
 
 TEST_F(VolumeRead, aReadOfExactlyOneChunkAsksOnce) {
-  const auto a = file(pattern(300'000));
+  const auto a = file(someBytes(300'000));
   const auto buffer = std::make_shared<ByteBuffer>(262'144);
   EXPECT_EQ(read(a, 0, 262'144, buffer), std::tuple(262'144, std::nullopt));
   EXPECT_EQ(reads(), std::vector<Call>{chunk(0, 262'144)});
 }
 
 TEST_F(VolumeRead, aShortChunkIsNotTheEnd) {
-  const Bytes content = pattern(300);
+  const Bytes content = someBytes(300);
   const auto a = file(content);
   source->limitChunks(100);
   const auto buffer = std::make_shared<ByteBuffer>(262'144);
@@ -99,7 +89,7 @@ TEST_F(VolumeRead, theLastKnownSizeNeverShortensARead) {
 }
 
 TEST_F(VolumeRead, asksForTheSmallerOfBufferAndLength) {
-  const auto a = file(pattern(10'000));
+  const auto a = file(someBytes(10'000));
   (void)read(a, 0, 1'000'000, std::make_shared<ByteBuffer>(4096));
   EXPECT_EQ(reads(), std::vector<Call>{chunk(0, 4096)});
 
@@ -218,7 +208,7 @@ TEST_F(VolumeRead, aFailureInMidReadDiscardsTheCount) {
 }
 
 TEST_F(VolumeRead, chunksOfOneReadComeOneAfterAnother) {
-  const auto a = file(pattern(300'000));
+  const auto a = file(someBytes(300'000));
   source->stall();
   Awaited<CountReply> reply;
   volume->read(a, 0, 300'000, std::make_shared<ByteBuffer>(300'000), reply.reply());

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "RawClient.h"
 #include "control/Base64.h"
 #include "control/ControlClient.h"
+#include "control/Mutex.h"
 #include "host/ReferenceHost.h"
 
 namespace tarnel::test {
@@ -30,7 +30,7 @@ class HostFixture : public testing::Test {
     return {.socketPath = socketPath(),
             .shares = {{.name = "Docs", .folder = temp / "docs"}},
             .log = [this](std::string_view line) {
-              const std::lock_guard hold(logLock);
+              MutexLock hold(logLock);
               logged.emplace_back(line);
             }};
   }
@@ -86,13 +86,13 @@ class HostFixture : public testing::Test {
   }
 
   std::vector<std::string> log() {
-    const std::lock_guard hold(logLock);
+    MutexLock hold(logLock);
     return logged;
   }
 
   FileTree temp;
-  std::mutex logLock;
-  std::vector<std::string> logged;
+  Mutex logLock;  // guards logged
+  std::vector<std::string> logged GUARDED_BY(logLock);
   std::unique_ptr<ReferenceHost> host;  // gone before the log that it writes to
 };
 

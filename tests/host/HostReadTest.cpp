@@ -10,6 +10,7 @@
 #include "control/ControlWire.h"
 #include "support/Eventually.h"
 #include "support/OpenDescriptors.h"
+#include "support/SomeBytes.h"
 
 namespace tarnel::test {
 namespace {
@@ -27,17 +28,6 @@ class HostRead : public HostFixture {
     EXPECT_TRUE(decoded);
     return decoded.value_or(Bytes());
   }
-
-  // Bytes without a short period, every value among them.
-  static Bytes pattern(std::size_t size) {
-    Bytes content(size, '\0');
-    std::uint32_t state = 1;
-    for (char& byte : content) {
-      state = state * 1'664'525 + 1'013'904'223;
-      byte = static_cast<char>(state >> 24);
-    }
-    return content;
-  }
 };
 
 TEST_F(HostRead, aRangeOfAFile) {
@@ -47,7 +37,7 @@ TEST_F(HostRead, aRangeOfAFile) {
 }
 
 TEST_F(HostRead, anAbsentOffsetIsTheBeginningAndAnAbsentLengthAllThatOneAnswerHolds) {
-  const Bytes content = pattern(300'000);
+  const Bytes content = someBytes(300'000);
   temp.file(docs("file"), content);
   EXPECT_EQ(bytes("me/Docs/file", {}, 10), content.substr(0, 10));
   EXPECT_EQ(bytes("me/Docs/file", 100), content.substr(100, 262'144));
@@ -55,7 +45,7 @@ TEST_F(HostRead, anAbsentOffsetIsTheBeginningAndAnAbsentLengthAllThatOneAnswerHo
 }
 
 TEST_F(HostRead, aLargerLengthThanOneAnswerHoldsIsCutToIt) {
-  const Bytes content = pattern(300'000);
+  const Bytes content = someBytes(300'000);
   temp.file(docs("file"), content);
   EXPECT_EQ(bytes("me/Docs/file", 0, 262'145), content.substr(0, 262'144));
   EXPECT_EQ(bytes("me/Docs/file", 0, std::numeric_limits<std::int64_t>::max()),
@@ -63,7 +53,7 @@ TEST_F(HostRead, aLargerLengthThanOneAnswerHoldsIsCutToIt) {
 }
 
 TEST_F(HostRead, chunkByChunkGivesTheWholeFile) {
-  const Bytes content = pattern(1'000'003);
+  const Bytes content = someBytes(1'000'003);
   temp.file(docs("file"), content);
   Bytes joined;
   while (true) {
@@ -146,7 +136,7 @@ TEST_F(HostRead, slashesAreEscapedInTheAnswersBytes) {
 }
 
 TEST_F(HostRead, shorterReadsAfterLongOnesHoldNoOldBytes) {
-  const Bytes content = pattern(262'144);
+  const Bytes content = someBytes(262'144);
   temp.file(docs("long"), content);
   temp.file(docs("short"), "short");
   startHost();
@@ -159,7 +149,7 @@ TEST_F(HostRead, shorterReadsAfterLongOnesHoldNoOldBytes) {
 TEST_F(HostRead, filesAroundTheEndOfAPieceAreWhole) {
   for (const std::int64_t pieces : {1, 2, 3, 5}) {
     for (const std::int64_t more : {-2, -1, 0, 1, 2}) {
-      const Bytes content = pattern(static_cast<std::size_t>(pieces * pieceBytes + more));
+      const Bytes content = someBytes(static_cast<std::size_t>(pieces * pieceBytes + more));
       temp.file(docs("file"), content);
       EXPECT_EQ(bytes("me/Docs/file"), content) << content.size();
       EXPECT_EQ(bytes("me/Docs/file", 1), content.substr(1)) << content.size();
@@ -168,7 +158,7 @@ TEST_F(HostRead, filesAroundTheEndOfAPieceAreWhole) {
 }
 
 TEST_F(HostRead, aLengthMayEndAnywhereInsideAPiece) {
-  const Bytes content = pattern(300'000);
+  const Bytes content = someBytes(300'000);
   temp.file(docs("file"), content);
   for (const std::int64_t length :
        {1L, pieceBytes - 1, pieceBytes, pieceBytes + 1, 70'000L, 2 * pieceBytes - 1, 2 * pieceBytes,
@@ -183,7 +173,7 @@ TEST_F(HostRead, aLengthMayEndAnywhereInsideAPiece) {
 
 // More answers than any socket holds: while nobody reads, the host stands in the middle of one.
 TEST_F(HostRead, aFileThatShrinksBetweenPiecesIsAShortAnswer) {
-  const Bytes content = pattern(262'144);
+  const Bytes content = someBytes(262'144);
   temp.file(docs("file"), content);
   startHost();
   RawClient client(socketPath());
@@ -208,7 +198,7 @@ TEST_F(HostRead, aFileThatShrinksBetweenPiecesIsAShortAnswer) {
 TEST_F(HostRead, anErrorBehindTheFirstPieceIsAShortAnswerAndTheNextQuestionMeetsIt) {
   const std::int64_t page = ::sysconf(_SC_PAGESIZE);
   const std::int64_t good = (pieceBytes / page + 4) * page;
-  const Bytes content = pattern(static_cast<std::size_t>(good));
+  const Bytes content = someBytes(static_cast<std::size_t>(good));
   temp.file("backing", content);
   const UniqueFd backing(::open((temp / "backing").c_str(), O_RDONLY | O_CLOEXEC));
   void* const mapped = ::mmap(nullptr, 262'144, PROT_READ, MAP_SHARED, backing.get(), 0);

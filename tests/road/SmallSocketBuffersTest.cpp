@@ -16,6 +16,7 @@
 #include "support/ByteBuffer.h"
 #include "support/Eventually.h"
 #include "support/RecordingPacker.h"
+#include "support/SomeBytes.h"
 
 namespace tarnel::test {
 namespace {
@@ -24,17 +25,6 @@ class RoadResource final : public Resource {
  public:
   [[nodiscard]] std::string_view typeName() const override { return "RoadResource"; }
 };
-
-// No two chunks of it are alike.
-std::string someBytes(std::size_t count) {
-  std::string bytes(count, '\0');
-  std::uint32_t value = 1;
-  for (char& byte : bytes) {
-    value = value * 1'664'525 + 1'013'904'223;
-    byte = static_cast<char>(value >> 24);
-  }
-  return bytes;
-}
 
 class SmallBuffers : public testing::Test {
  protected:

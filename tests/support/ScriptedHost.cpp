@@ -53,13 +53,6 @@ bool sendInPieces(int fd, std::string_view bytes, std::size_t piece) {
 
 }  // namespace
 
-ScriptedHost::Pipe::Pipe() {
-  int ends[2] = {-1, -1};
-  if (::pipe(ends) != 0) ADD_FAILURE() << "no pipe";
-  readEnd.reset(ends[0]);
-  writeEnd.reset(ends[1]);
-}
-
 ScriptedHost::ScriptedHost() : socketPath(folder / "host.sock") { listen(); }
 
 ScriptedHost::ScriptedHost(std::string path) : socketPath(std::move(path)) { listen(); }

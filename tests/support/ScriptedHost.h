@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "control/Mutex.h"
+#include "control/PosixSocket.h"
 #include "control/UniqueFd.h"
 #include "support/HostReply.h"
 #include "support/TempDir.h"
@@ -58,12 +59,6 @@ class ScriptedHost {
   [[nodiscard]] bool waitForEnds(std::size_t count) const;
 
  private:
-  struct Pipe {
-    Pipe();
-    UniqueFd readEnd;
-    UniqueFd writeEnd;
-  };
-
   void listen();
   void acceptAll();
   void serve(int fd);
@@ -74,8 +69,8 @@ class ScriptedHost {
   TempDir folder;
   const std::string socketPath;
   UniqueFd listening;
-  const Pipe stopped;  // readable once the destructor runs
-  Pipe released;       // readable once release() was called
+  const Pipe stopped = makePipe().value();   // readable once the destructor runs
+  const Pipe released = makePipe().value();  // readable once release() was called
   std::thread accepting;
   std::list<std::thread> serving;  // the accepting thread's, the destructor's after its end
 

@@ -13,6 +13,7 @@
 
 #include "control/UniqueFd.h"
 #include "host/FileTree.h"
+#include "support/SomeBytes.h"
 #include "support/TestHost.h"
 #include "support/TestMount.h"
 
@@ -47,16 +48,6 @@ template <class Call>
     if (got == 0) return all;
     all.append(piece, 0, static_cast<std::size_t>(got));
   }
-}
-
-// Bytes in which every place shows if it is not where it belongs.
-[[nodiscard]] inline std::string someBytes(std::size_t count, std::uint32_t seed = 1) {
-  std::string bytes(count, '\0');
-  for (char& byte : bytes) {
-    seed = seed * 1'664'525 + 1'013'904'223;
-    byte = static_cast<char>(seed >> 24);
-  }
-  return bytes;
 }
 
 // Skips the test, and says why, where nothing can be mounted.

@@ -19,7 +19,7 @@ target_compile_options(tarnel_options INTERFACE -Wall -Wextra -Wpedantic -Wshado
 # and under the sanitizers, which look for the real thing.
 target_compile_options(tarnel_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 
-# tarnel_module(NAME target PREFIX folder SOURCES ... HEADERS ... LINK ... PRIVATE_LINK ...)
+# tarnel_module(NAME target SOURCES ... HEADERS ... LINK ... PRIVATE_LINK ...)
 # include/<folder>/ is for others, src/ for nobody else.
 function(tarnel_module)
   cmake_parse_arguments(ARG "" "NAME" "SOURCES;HEADERS;LINK;PRIVATE_LINK" ${ARGN})

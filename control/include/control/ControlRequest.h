@@ -20,7 +20,7 @@ namespace tarnel {
 class JsonReader;
 class JsonWriter;
 
-// The order is the order of the internal tag.
+// In the order of the table of their texts.
 enum class ControlOp {
   share,
   confirm,
@@ -46,7 +46,7 @@ std::optional<SharePolicy> fromRawValue(std::string_view rawValue);
 struct ControlRequest {
   ControlOp op;
   std::optional<std::string> name = {};    // the location that the operation works on
-  std::optional<std::string> folder = {};  // folder to address: the host's sharing operations
+  std::optional<std::string> folder = {};  // from here to `address`: of the sharing operations
   std::optional<SharePolicy> policy = {};
   std::optional<std::vector<std::string>> includeSecrets = {};
   std::optional<bool> ackCaps = {};

@@ -1,6 +1,5 @@
-// lookup, forget and getattr.
+// lookup, forget, getattr, statfs and fsync.
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "Adapter.h"

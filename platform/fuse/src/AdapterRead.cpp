@@ -2,7 +2,6 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <memory>
 #include <utility>
 

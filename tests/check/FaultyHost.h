@@ -16,8 +16,8 @@
 #include "control/ControlRequest.h"
 #include "control/ControlResponse.h"
 #include "control/ControlStreamFrame.h"
-#include "host/FileTree.h"
 #include "host/ReferenceHost.h"
+#include "support/FileTree.h"
 #include "support/ScriptedHost.h"
 
 namespace tarnel::test {

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "CheckRun.h"
-#include "host/FileTree.h"
 #include "host/ReferenceHost.h"
+#include "support/FileTree.h"
 #include "support/TempDir.h"
 
 namespace tarnel::test {

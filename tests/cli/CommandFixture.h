@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/FileTree.h"
+#include "support/FileTree.h"
 #include "support/TestHost.h"
 
 namespace tarnel::test {

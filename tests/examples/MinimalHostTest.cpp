@@ -9,8 +9,8 @@
 #include "ExampleProgram.h"
 #include "control/Base64.h"
 #include "control/ControlClient.h"
-#include "host/FileTree.h"
 #include "host/RawClient.h"
+#include "support/FileTree.h"
 #include "support/Sanitized.h"
 
 namespace tarnel::test {

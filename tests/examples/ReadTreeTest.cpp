@@ -2,7 +2,7 @@
 
 #include "ExampleProgram.h"
 #include "control/TreeRecord.h"
-#include "host/FileTree.h"
+#include "support/FileTree.h"
 #include "support/ScriptedHost.h"
 #include "support/TestHost.h"
 

@@ -19,7 +19,7 @@
 #include <string>
 #include <thread>
 
-#include "FileTree.h"
+#include "support/FileTree.h"
 #include "support/OpenDescriptors.h"
 
 namespace tarnel {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "FileTree.h"
 #include "host/DirectoryNames.h"
+#include "support/FileTree.h"
 
 namespace tarnel {
 namespace {

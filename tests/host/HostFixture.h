@@ -10,12 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "FileTree.h"
 #include "RawClient.h"
 #include "control/Base64.h"
 #include "control/ControlClient.h"
 #include "control/Mutex.h"
 #include "host/ReferenceHost.h"
+#include "support/FileTree.h"
 
 namespace tarnel::test {
 

@@ -8,11 +8,11 @@
 #include <string>
 #include <thread>
 
-#include "FileTree.h"
 #include "host/AccountNames.h"
 #include "host/BeneathResolver.h"
 #include "host/DirectoryLister.h"
 #include "host/ShareTable.h"
+#include "support/FileTree.h"
 
 #if defined(__linux__)
 #include <sched.h>

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "FileTree.h"
 #include "control/UniqueFd.h"
 #include "host/SecretScan.h"
+#include "support/FileTree.h"
 #include "support/OpenDescriptors.h"
 
 namespace tarnel {

@@ -10,11 +10,11 @@
 #include "control/UniqueFd.h"
 #include "control/UnixSocket.h"
 #include "fs/TarnelFileSystem.h"
-#include "host/FileTree.h"
 #include "host/ReferenceHost.h"
 #include "support/Awaited.h"
 #include "support/ByteBuffer.h"
 #include "support/Eventually.h"
+#include "support/FileTree.h"
 #include "support/RecordingPacker.h"
 #include "support/SomeBytes.h"
 

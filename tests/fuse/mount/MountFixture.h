@@ -12,7 +12,7 @@
 #include <string>
 
 #include "control/UniqueFd.h"
-#include "host/FileTree.h"
+#include "support/FileTree.h"
 #include "support/SomeBytes.h"
 #include "support/TestHost.h"
 #include "support/TestMount.h"

@@ -9,13 +9,13 @@ measurement checks what it was given: a wrong count, name, size or byte ends the
 The floor is nullfs, a FUSE server that answers from memory. Then one mount of tarnel runs all four
 in a row, and its resident memory is compared with its bound.
 
-The part "copies" needs no FUSE but for one of its peers: `tarnel get` of the large file and of the small files
-beside `cp -r` from the mount, `rsync -a` and `tar` into `tar` of the folder, and for the large file a floor, the
-same bytes from memory over the same kind of socket.
+The part "copies" needs no FUSE except for one of its peers: `tarnel get` of the large file and of
+the small files beside `cp -r` from the mount, `rsync -a` and `tar` into `tar` of the folder, and for
+the large file a floor, the same bytes from memory over the same kind of socket.
 
 Exit status: 0 when tarnel is ahead of sshfs on all four and within its memory, and its copies are
-ahead of rsync, at 0.8 of the floor's rate and within their memory; 1 when not, or when something could not
-be measured; 2 for wrong use.
+ahead of rsync, at 0.8 of the floor's rate and within their memory; 1 when not, or when something
+could not be measured; 2 for wrong use.
 """
 
 import argparse

@@ -69,6 +69,17 @@ class Contender(abc.ABC):
                     mounts.unmount_lazily(self.mountpoint)
 
 
+@contextlib.contextmanager
+def host(binary, socket, tree, log):
+    """`tarnel host` that shares the tree as "bench", from when it is ready."""
+    command = [binary, "host", "--socket", socket, "--share", f"bench={tree}"]
+    with daemon(command, log, stdout=subprocess.PIPE) as server:
+        told = select.select([server.stdout], [], [], READY_LIMIT)[0]
+        if not told or not server.stdout.readline():
+            raise Failure(f"the host is not ready: {last_lines(log)}")
+        yield server
+
+
 def last_lines(log):
     return "\n".join(log.read_text(errors="replace").splitlines()[-10:])
 
@@ -103,17 +114,11 @@ class Tarnel(Contender):
 
     @contextlib.contextmanager
     def mounted(self):
-        log = self.state / "host.log"
-        share = f"bench={self.tree}"
-        command = [self.binary, "host", "--socket", self.socket, "--share", share]
-        with daemon(command, log, stdout=subprocess.PIPE) as host:
-            told = select.select([host.stdout], [], [], READY_LIMIT)[0]
-            if not told or not host.stdout.readline():
-                raise Failure(f"the host is not ready: {last_lines(log)}")
+        with host(self.binary, self.socket, self.tree, self.state / "host.log") as server:
             with super().mounted() as mount:
                 yield mount
-            host.terminate()
-            wait_for_exit("the host", host)
+            server.terminate()
+            wait_for_exit("the host", server)
 
 
 class Sshfs(Contender):

@@ -1,18 +1,17 @@
-"""Copies of the large file and of the tree of small files: `tarnel get` beside its peers, and for the
-large file a floor. Source and destination are on one file system; every copy goes to a new folder and is
-compared with its source, outside the clock. Copies of many files stay until the end: some file systems
-are slow to make files for minutes after many were removed, and whoever came next would pay for it."""
+"""Copies of the large file and of the tree of small files: `tarnel get` beside its peers, and for
+the large file a floor. Source and destination are on one file system; every copy goes to a new
+folder and is compared with its source, outside the clock. Copies of many files stay until the end:
+some file systems are slow to make files for minutes after many were removed, and whoever came next
+would pay for it."""
 
 import contextlib
 import os
-import select
 import shutil
 import statistics
-import subprocess
 
 from driver import caches, contenders, report
 from driver.memory import BASE_KIB, status
-from driver.process import READY_LIMIT, Failure, daemon, run
+from driver.process import Failure, run
 from driver.tree import digest
 
 LARGE, SMALL = "large.bin", "small"
@@ -114,11 +113,8 @@ class RunState:
 @contextlib.contextmanager
 def host(state):
     """A host that shares the tree; its peak memory is kept at the end."""
-    command = [state.tarnel, "host", "--socket", state.socket, "--share", f"bench={state.tree}"]
-    with daemon(command, state.folder / "host.log", stdout=subprocess.PIPE) as server:
-        told = select.select([server.stdout], [], [], READY_LIMIT)[0]
-        if not told or not server.stdout.readline():
-            raise Failure("the host is not ready")
+    log = state.folder / "host.log"
+    with contenders.host(state.tarnel, state.socket, state.tree, log) as server:
         yield
         state.host_peak_kib = status(server.pid)["VmHWM"]
 

@@ -100,14 +100,14 @@ const Material& HostProbe::material() {
   return *found;
 }
 
-const FileStream& HostProbe::fileStream() {
+const StreamedFile& HostProbe::fileStream() {
   if (!file) {
-    file = material().file ? readFileStream(*this, material().file->location) : FileStream();
+    file = material().file ? readFileStream(*this, material().file->location) : StreamedFile();
   }
   return *file;
 }
 
-const TreeStream& HostProbe::treeStream() {
+const StreamedTree& HostProbe::treeStream() {
   if (tree) return *tree;
   if (material().file) {
     const std::string& location = material().file->location;

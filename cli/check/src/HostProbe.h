@@ -61,16 +61,16 @@ class HostProbe {
   // Searched for when first wanted.
   [[nodiscard]] const Material& material();
   // Of a file with content, and of the folder that it stands in; asked for when first wanted.
-  [[nodiscard]] const FileStream& fileStream();
-  [[nodiscard]] const TreeStream& treeStream();
+  [[nodiscard]] const StreamedFile& fileStream();
+  [[nodiscard]] const StreamedTree& treeStream();
 
  private:
   const std::string socket;
   const CheckLimits bounds;
   const Deadline end;
   std::optional<Material> found;
-  std::optional<FileStream> file;
-  std::optional<TreeStream> tree;
+  std::optional<StreamedFile> file;
+  std::optional<StreamedTree> tree;
 };
 
 // A request's text, without its line feed.

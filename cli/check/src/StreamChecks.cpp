@@ -61,7 +61,7 @@ CheckVerdict framesHaveTheirPlace(HostProbe& host) {
 }
 
 CheckVerdict aFilesStreamEnds(HostProbe& host) {
-  const FileStream& stream = host.fileStream();
+  const StreamedFile& stream = host.fileStream();
   if (auto verdict = cannotLook(stream.course, ground)) return *verdict;
   if (stream.course.end == End::eof) return passed();
   return failedCheck("the stream of " + quoted(stream.location) +
@@ -90,14 +90,14 @@ CheckVerdict theConnectionGoesOn(HostProbe& host) {
 }
 
 CheckVerdict aStreamHasTheBytesOfReads(HostProbe& host) {
-  const FileStream& stream = host.fileStream();
+  const StreamedFile& stream = host.fileStream();
   if (auto verdict = cannotLook(stream.course, ground)) return *verdict;
   if (stream.course.end != End::eof) return skipped("needs check 804 to pass");
   const auto bytes = readOn(host, stream.location, 0, Material::windowBytes,
                             static_cast<std::size_t>(Material::mostFileBytes));
   if (!bytes) return skipped("needs check 702 to pass");
   if (*bytes == stream.bytes) return passed();
-  const FileStream again = readFileStream(host, stream.location);
+  const StreamedFile again = readFileStream(host, stream.location);
   if (again.bytes != stream.bytes) return skipped("the file changes: share something at rest");
   return failedCheck("the stream of " + quoted(stream.location) + " has " +
                      std::to_string(stream.bytes.size()) + " bytes and its reads " +
@@ -109,7 +109,7 @@ CheckVerdict anEmptyFilesStreamHasNoBytes(HostProbe& host) {
   if (!file) return skipped("share an empty file");
   if (auto verdict = cannotLook(host.fileStream().course, ground)) return *verdict;
   if (host.fileStream().course.end != End::eof) return skipped("needs check 804 to pass");
-  const FileStream stream = readFileStream(host, file->location);
+  const StreamedFile stream = readFileStream(host, file->location);
   if (stream.course.end == End::eof && stream.bytes.empty()) return passed();
   return failedCheck("the stream of the empty file " + quoted(file->location) +
                      " is not an end frame alone: send that");
@@ -131,7 +131,7 @@ CheckVerdict aFolderFails(HostProbe& host) {
 CheckVerdict theConnectionGoesOnAfterAFailure(HostProbe& host) {
   if (host.material().shares.empty()) return skipped("share a folder");
   const std::string location = below(host.material().shares.front(), "no-such-name-here");
-  const FileStream stream = readFileStream(host, location);
+  const StreamedFile stream = readFileStream(host, location);
   if (auto verdict = cannotLook(stream.course, 810)) return *verdict;
   if (auto verdict = endsCleanly(stream.course); verdict.outcome != CheckOutcome::pass) {
     return verdict;
@@ -174,7 +174,7 @@ CheckVerdict framesKeepToTheWindow(HostProbe& host) {
 }
 
 CheckVerdict aRangeIsKept(HostProbe& host) {
-  const FileStream& whole = host.fileStream();
+  const StreamedFile& whole = host.fileStream();
   if (auto verdict = cannotLook(whole.course, ground)) return *verdict;
   if (whole.course.end != End::eof) return skipped("needs check 804 to pass");
   Bytes bytes;

@@ -111,7 +111,7 @@ class Reading {
 // Makes the entries of a tree from its frames.
 class TreeBuilder {
  public:
-  explicit TreeBuilder(TreeStream& stream) : tree(stream) {}
+  explicit TreeBuilder(StreamedTree& stream) : tree(stream) {}
 
   std::optional<std::string> take(const StreamFrame& frame) {
     auto meaning = TreeFrame::of(frame.tag, frame.payload);
@@ -119,7 +119,7 @@ class TreeBuilder {
     auto* const record = std::get_if<TreeRecord>(&meaning->content);
     if (record == nullptr) return std::nullopt;
     if (auto* const header = std::get_if<TreeHeader>(&record->content)) {
-      if (tree.entries.size() >= TreeStream::mostEntries) return std::nullopt;
+      if (tree.entries.size() >= StreamedTree::mostEntries) return std::nullopt;
       if (header->relpath == tree.wanted) tree.kept = Bytes();
       tree.entries.push_back({.header = std::move(*header)});
     } else if (const auto* const bytes = std::get_if<TreeBytes>(&record->content)) {
@@ -151,7 +151,7 @@ class TreeBuilder {
     if (tree.strayBytes.empty()) tree.strayBytes = std::move(where);
   }
 
-  TreeStream& tree;
+  StreamedTree& tree;
 };
 
 }  // namespace
@@ -165,8 +165,8 @@ StreamCourse readStream(const HostProbe& host, const ControlRequest& request,
   return Reading(host, *talk, onFrame).run();
 }
 
-FileStream readFileStream(const HostProbe& host, const std::string& location) {
-  FileStream stream{.location = location};
+StreamedFile readFileStream(const HostProbe& host, const std::string& location) {
+  StreamedFile stream{.location = location};
   const auto onFrame = [&](const StreamFrame& frame) -> std::optional<std::string> {
     if (frame.tag != ControlStreamFrame::data) {
       return "a frame with the tag " + quoted(std::string(1, static_cast<char>(frame.tag)));
@@ -183,13 +183,13 @@ FileStream readFileStream(const HostProbe& host, const std::string& location) {
   return stream;
 }
 
-TreeStream readTreeStream(const HostProbe& host, const std::string& root,
-                          const std::string& wanted) {
-  TreeStream tree{.root = root, .wanted = wanted};
+StreamedTree readTreeStream(const HostProbe& host, const std::string& root,
+                            const std::string& wanted) {
+  StreamedTree tree{.root = root, .wanted = wanted};
   TreeBuilder builder(tree);
   tree.course = readStream(host, {.op = ControlOp::readTreeStream, .name = root},
                            [&](const StreamFrame& frame) { return builder.take(frame); });
-  if (tree.entries.size() >= TreeStream::mostEntries && tree.course.isWhole()) {
+  if (tree.entries.size() >= StreamedTree::mostEntries && tree.course.isWhole()) {
     tree.course.end = End::tooMuch;
   }
   return tree;

@@ -40,7 +40,7 @@ struct StreamCourse {
   [[nodiscard]] bool isWhole() const { return end == End::eof || end == End::error; }
 };
 
-struct FileStream {
+struct StreamedFile {
   StreamCourse course = {};
   std::string location = {};
   Bytes bytes = {};
@@ -52,7 +52,7 @@ struct TreeEntry {
   bool hasFailed = false;
 };
 
-struct TreeStream {
+struct StreamedTree {
   static constexpr std::size_t mostEntries = 100'000;
 
   StreamCourse course = {};
@@ -68,8 +68,8 @@ using OnFrame = std::function<std::optional<std::string>(const StreamFrame& fram
 
 [[nodiscard]] StreamCourse readStream(const HostProbe& host, const ControlRequest& request,
                                       const OnFrame& onFrame);
-[[nodiscard]] FileStream readFileStream(const HostProbe& host, const std::string& location);
-[[nodiscard]] TreeStream readTreeStream(const HostProbe& host, const std::string& root,
-                                        const std::string& wanted);
+[[nodiscard]] StreamedFile readFileStream(const HostProbe& host, const std::string& location);
+[[nodiscard]] StreamedTree readTreeStream(const HostProbe& host, const std::string& root,
+                                          const std::string& wanted);
 
 }  // namespace tarnel

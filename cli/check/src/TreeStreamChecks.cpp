@@ -23,7 +23,7 @@ constexpr int ground = 821;
 bool isFile(const TreeEntry& entry) { return entry.header.kind == TreeHeader::Kind::file; }
 
 CheckVerdict framesAreWholeAndKnown(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   const End end = tree.course.end;
   if (end == End::broken || end == End::badFrame) {
     return failedCheck("in the tree stream of " + quoted(tree.root) + " " + tree.course.fault +
@@ -33,7 +33,7 @@ CheckVerdict framesAreWholeAndKnown(HostProbe& host) {
 }
 
 CheckVerdict aTreeEnds(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   if (tree.course.end == End::eof) return passed();
   return failedCheck("the tree stream of " + quoted(tree.root) + " failed with " +
@@ -41,14 +41,14 @@ CheckVerdict aTreeEnds(HostProbe& host) {
 }
 
 CheckVerdict bytesFollowTheirFile(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   if (tree.strayBytes.empty()) return passed();
   return failedCheck("bytes came " + tree.strayBytes + ": send a file's bytes behind its header");
 }
 
 CheckVerdict filesHaveTheirSize(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   for (const TreeEntry& entry : tree.entries) {
     if (entry.header.size < 0 && isFile(entry)) {
@@ -76,7 +76,7 @@ bool staysBelow(std::string_view relpath) {
 }
 
 CheckVerdict pathsStayBelowTheRoot(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   for (const TreeEntry& entry : tree.entries) {
     if (staysBelow(entry.header.relpath)) continue;
@@ -88,7 +88,7 @@ CheckVerdict pathsStayBelowTheRoot(HostProbe& host) {
 }
 
 CheckVerdict noEntryComesTwice(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   std::set<std::string_view> paths;
   for (const TreeEntry& entry : tree.entries) {
@@ -99,7 +99,7 @@ CheckVerdict noEntryComesTwice(HostProbe& host) {
 }
 
 CheckVerdict foldersComeFirst(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   std::set<std::string_view> folders;
   for (const TreeEntry& entry : tree.entries) {
@@ -120,7 +120,7 @@ std::string lastName(std::string_view path) {
 }
 
 CheckVerdict noiseIsLeftOut(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   for (const TreeEntry& entry : tree.entries) {
     if (!TreeHeader::isNoise(lastName(entry.header.relpath))) continue;
@@ -137,7 +137,7 @@ CheckVerdict noiseIsLeftOut(HostProbe& host) {
 }
 
 // What a listing and the tree's first level say differently; empty where nothing.
-std::string difference(const EntriesByName& entries, const TreeStream& tree) {
+std::string difference(const EntriesByName& entries, const StreamedTree& tree) {
   std::map<std::string_view, const TreeEntry*> firstLevel;
   for (const TreeEntry& entry : tree.entries) {
     if (entry.header.relpath.find('/') == std::string::npos) {
@@ -160,7 +160,7 @@ std::string difference(const EntriesByName& entries, const TreeStream& tree) {
 }
 
 CheckVerdict aTreeHasWhatItsListingHas(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   if (tree.course.end != End::eof) return skipped("needs check 822 to pass");
   const auto entries = entriesByName(host, tree.root);
@@ -168,7 +168,7 @@ CheckVerdict aTreeHasWhatItsListingHas(HostProbe& host) {
   const std::string fault = difference(*entries, tree);
   if (fault.empty()) return passed();
   // Something may have changed between the two.
-  const TreeStream again = readTreeStream(host, tree.root, "");
+  const StreamedTree again = readTreeStream(host, tree.root, "");
   const auto after = entriesByName(host, tree.root);
   if (!after) return skipped("needs check 501 to pass");
   if (difference(*after, again).empty() || *after != *entries) {
@@ -180,7 +180,7 @@ CheckVerdict aTreeHasWhatItsListingHas(HostProbe& host) {
 
 CheckVerdict aTreeHasTheBytesOfReads(HostProbe& host) {
   const auto& file = host.material().file;
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   if (!file || !tree.kept) return skipped("needs check 829 to pass");
   const auto bytes = readOn(host, file->location, 0, Material::windowBytes,
@@ -200,7 +200,7 @@ CheckVerdict theTreeOfAFileIsThatFile(HostProbe& host) {
   if (!file) return skipped("share a file with content");
   if (auto verdict = cannotLook(host.treeStream().course, ground)) return *verdict;
   const std::string name = lastName(file->location);
-  const TreeStream tree = readTreeStream(host, file->location, name);
+  const StreamedTree tree = readTreeStream(host, file->location, name);
   const bool isAlone = tree.course.end == End::eof && tree.entries.size() == 1 &&
                        tree.entries.front().header.relpath == name && isFile(tree.entries.front());
   if (isAlone) return passed();
@@ -229,7 +229,7 @@ CheckVerdict noTreeLeadsOut(HostProbe& host) {
 }
 
 CheckVerdict namesAreInTheirOrder(HostProbe& host) {
-  const TreeStream& tree = host.treeStream();
+  const StreamedTree& tree = host.treeStream();
   if (auto verdict = cannotLook(tree.course, ground)) return *verdict;
   std::map<std::string_view, std::string_view> lastOf;  // by folder
   for (const TreeEntry& entry : tree.entries) {

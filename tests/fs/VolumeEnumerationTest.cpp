@@ -170,17 +170,8 @@ TEST_F(VolumeEnumeration, doesNotChangeTheLastKnownStatusOfAnItem) {
 TEST_F(VolumeEnumeration, repliesWithTheErrorOfEachFailure) {
   source->put("me/Docs/a", "x");
   const ItemRef levels[] = {root(), item("me"), item("me/Docs")};
-  const std::pair<FabricFailure, std::int32_t> failures[] = {
-      {failure(Kind::notFound), 2},
-      {failure(Kind::notADirectory), 20},
-      {failure(Kind::isDirectory), 21},
-      {failure(Kind::timedOut), 60},
-      {failure(Kind::disconnected), 57},
-      {ioFailure("disk"), 5},
-      {DecodingError{DecodingError::Kind::dataCorrupted, ""}, 5},
-  };
   for (const ItemRef& directory : levels) {
-    for (const auto& [thrown, number] : failures) {
+    for (const auto& [thrown, number] : everyFailure()) {
       const auto packer = std::make_shared<RecordingPacker>();
       source->failNext(thrown);
       EXPECT_EQ(enumerate(directory, packer), std::tuple(0u, posixError(number)));

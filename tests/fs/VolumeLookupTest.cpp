@@ -99,17 +99,7 @@ TEST_F(VolumeLookup, findsWhatTheHostDescribesThoughItIsNotListed) {
 TEST_F(VolumeLookup, repliesWithTheErrorOfEachFailure) {
   source->put("me/Docs/a", "x");
   const ItemRef docs = item("me/Docs");
-  const std::pair<FabricFailure, std::int32_t> failures[] = {
-      {failure(Kind::notFound), 2},
-      {failure(Kind::notADirectory), 20},
-      {failure(Kind::isDirectory), 21},
-      {failure(Kind::timedOut), 60},
-      {failure(Kind::disconnected), 57},
-      {ioFailure("disk"), 5},
-      {DecodingError{DecodingError::Kind::dataCorrupted, ""}, 5},
-      {EncodingError{""}, 5},
-  };
-  for (const auto& [thrown, number] : failures) {
+  for (const auto& [thrown, number] : everyFailure()) {
     source->failNext(thrown);
     expectError(docs, textName("a"), posixError(number));
   }

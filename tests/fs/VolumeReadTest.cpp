@@ -183,16 +183,7 @@ TEST_F(VolumeRead, atTheLargestOffsetAsksTheHost) {
 
 TEST_F(VolumeRead, repliesWithTheErrorOfEachFailure) {
   const auto a = file("hello");
-  const std::pair<FabricFailure, std::int32_t> failures[] = {
-      {failure(Kind::timedOut), 60},
-      {failure(Kind::disconnected), 57},
-      {failure(Kind::notFound), 2},
-      {failure(Kind::notADirectory), 20},
-      {failure(Kind::isDirectory), 21},
-      {ioFailure("disk"), 5},
-      {DecodingError{DecodingError::Kind::dataCorrupted, ""}, 5},
-  };
-  for (const auto& [thrown, number] : failures) {
+  for (const auto& [thrown, number] : everyFailure()) {
     source->failNext(thrown);
     EXPECT_EQ(read(a, 0, 5, std::make_shared<ByteBuffer>(5)), std::tuple(0, posixError(number)));
   }

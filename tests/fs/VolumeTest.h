@@ -9,6 +9,7 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "fs/FSIdentity.h"
 #include "fs/FabricVolume.h"
@@ -22,6 +23,19 @@ namespace tarnel::test {
 
 // An item that is not the volume's.
 class ForeignItem final : public Item {};
+
+// Every failure that a source can have, with the number under which it leaves the volume.
+inline std::vector<std::pair<FabricFailure, std::int32_t>> everyFailure() {
+  using Kind = FabricSourceError::Kind;
+  return {{failure(Kind::notFound), 2},
+          {failure(Kind::notADirectory), 20},
+          {failure(Kind::isDirectory), 21},
+          {failure(Kind::timedOut), 60},
+          {failure(Kind::disconnected), 57},
+          {ioFailure("disk"), 5},
+          {DecodingError{DecodingError::Kind::dataCorrupted, ""}, 5},
+          {EncodingError{""}, 5}};
+}
 
 inline FileName textName(std::string name) { return {std::move(name), true}; }
 

@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <future>
 #include <iterator>
+#include <latch>
 #include <memory>
+#include <thread>
 
 #include "control/TaskPool.h"
 #include "support/Eventually.h"
@@ -55,7 +58,11 @@ std::ptrdiff_t threadsOfThisProcess() {
 TEST(TaskPool, releasingItEndsItsThreads) {
   const std::ptrdiff_t before = threadsOfThisProcess();
   {
-    const TaskPool pool(4);
+    TaskPool pool(4);
+    const auto together = std::make_shared<std::latch>(5);  // each thread has run an item
+    for (int i = 0; i < 4; ++i) pool.post([together] { together->arrive_and_wait(); });
+    together->arrive_and_wait();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // and most wait for another
   }
   EXPECT_TRUE(eventually([&] { return threadsOfThisProcess() <= before; }));
 }

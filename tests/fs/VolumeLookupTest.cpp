@@ -84,6 +84,14 @@ TEST_F(VolumeLookup, asksTheHostAboutAShareAndEverythingBelowIt) {
   EXPECT_EQ(source->calls(Call::Kind::stat).front().path, "me/Docs");
 }
 
+TEST_F(VolumeLookup, repliesWithTheNameItWasGivenNotTheHosts) {
+  source->putStat("me/Docs/a", {.name = "another"});
+  const auto [found, name, error] = lookUp(item("me/Docs"), textName("a"));
+  EXPECT_EQ(error, std::nullopt);
+  EXPECT_EQ(name, textName("a"));
+  EXPECT_EQ(std::dynamic_pointer_cast<FabricItem>(found)->relpath, "me/Docs/a");
+}
+
 TEST_F(VolumeLookup, doesNotFindAShareThatTheHostDoesNotDescribe) {
   source->putShare("me", "Gone");
   const ItemRef peer = item("me");

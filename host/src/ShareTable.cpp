@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
@@ -35,6 +36,11 @@ std::expected<UniqueFd, HostStartError> openSharedFolder(const std::string& fold
   UniqueFd fd(::open(folder.c_str(), directoryNamingFlags()));
   struct stat status;
   if (!fd.valid() || ::fstat(fd.get(), &status) != 0) {
+    return std::unexpected(HostStartError{.kind = Kind::folder, .path = folder, .error = errno});
+  }
+  // The descriptor only names the folder: whether it can be listed is a question of its own, and
+  // better answered now than with an empty share.
+  if (::faccessat(fd.get(), ".", R_OK | X_OK, AT_EACCESS) != 0) {
     return std::unexpected(HostStartError{.kind = Kind::folder, .path = folder, .error = errno});
   }
   if (isOwnMount && isOwnMount(status.st_dev)) {

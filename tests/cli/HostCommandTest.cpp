@@ -1,6 +1,7 @@
 // `tarnel host`.
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -99,6 +100,21 @@ TEST_F(HostCommandTest, aMissingFolderIsRefusedByName) {
   share.file("file");
   expectFailure(hostFails({share / "file"}), 1, share / "file");
   EXPECT_FALSE(fs::exists(socket()));
+}
+
+TEST_F(HostCommandTest, aFolderThatItsUserMayNotReadIsRefused) {
+  if (::getuid() != 0) GTEST_SKIP() << "SKIPPED: needs root, to be another user";
+  share.folder("closed");
+  fs::permissions(share.path(), fs::perms(0755));
+  fs::permissions(sockets.path(), fs::perms(0755));
+  fs::copy_file(tarnelProgram(), sockets / "t");  // where that user finds it
+  for (const int mode : {0700, 0711, 0744}) {
+    fs::permissions(share / "closed", fs::perms(mode));
+    const ProgramOutcome refused =
+        runProgram({"setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups",
+                    sockets / "t", "host", "--socket", sockets / "s", share / "closed"});
+    expectFailure(refused, 1, share / "closed: permission denied");
+  }
 }
 
 TEST_F(HostCommandTest, aNameThatNoVolumeShowsIsRefused) {

@@ -81,6 +81,7 @@ int runHost(const HostArguments& arguments) {
   }
   print("tarnel host: sharing " + std::to_string(count) + (count == 1 ? " folder" : " folders") +
         " on " + places + "\n");
+  (void)statusAfterPrinting();  // told; what is shared is shared all the same
   waitFor(ends);
   (*host)->stop();
   return done;

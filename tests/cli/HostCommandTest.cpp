@@ -34,6 +34,15 @@ TEST_F(HostCommandTest, saysInOneLineThatItIsReady) {
   EXPECT_EQ(outcome.err, "");
 }
 
+TEST_F(HostCommandTest, servesAlsoWhenItCannotSayThatItIsReady) {
+  Program program({"sh", "-c", R"(exec "$T" host --socket "$S" "$D" > /dev/full)"},
+                  {.environment = {{"T", tarnelProgram()}, {"S", socket()}, {"D", share.path()}}});
+  ASSERT_TRUE(program.waitForError("cannot write to standard output (ENOSPC)\n"));
+  EXPECT_EQ(tarnel({"ls"}).status, 0);
+  program.signal(SIGTERM);
+  EXPECT_EQ(program.wait().status, 0);
+}
+
 TEST_F(HostCommandTest, everySignalEndsItAndItsSocketGoes) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     startHost();

@@ -120,6 +120,20 @@ TEST_F(FileStreamTest, aFileThatBecomesShorterEndsWithAnError) {
   EXPECT_LT(rest.bytes.size(), static_cast<std::size_t>(muchMore));
 }
 
+TEST_F(FileStreamTest, whatWasPromisedOfAFileThatBecameShorterIsZeros) {
+  temp.file(docs("before"), Bytes(60'000, 'b'));
+  sparseFile(docs("a"), muchMore);
+  startHost();
+  StreamClient client(socketPath());
+  client.begin(ControlOp::readStream, "me/Docs/before");
+  EXPECT_EQ(receiveFile(client).bytes.size(), 60'000U);
+  client.begin(ControlOp::readStream, "me/Docs/a");
+  ASSERT_TRUE(client.frame());
+  std::filesystem::resize_file(temp / docs("a"), 1'000);
+  const auto rest = receiveFile(client);
+  EXPECT_EQ(rest.bytes.find_first_not_of('\0'), Bytes::npos) << "bytes of another file";
+}
+
 // The system empties what it holds of a file behind the file's new end, also where a socket still
 // refers to it. The end of a stream says that every byte was the file's.
 TEST_F(FileStreamTest, aFileThatBecomesShorterWhileItIsUnderWayArrivesWholeOrFails) {

@@ -173,8 +173,10 @@ TEST_P(BeneathResolverTest, linksThatLeadOutAreMissing) {
   // Comes back in, but has been out.
   temp.file(in("back.txt"), "inside");
   temp.link(in("there"), "../share/back.txt");
-  for (const auto* path :
-       {"out", "outFolder", "outFolder/secret.txt", "parent", "a/out", "indirect", "there"}) {
+  // The share's folder is not its own parent, as a root would be.
+  temp.link(in("a/root"), "../../back.txt");
+  for (const auto* path : {"out", "outFolder", "outFolder/secret.txt", "parent", "a/out",
+                           "indirect", "there", "a/root"}) {
     expectMissing(path);
   }
 }

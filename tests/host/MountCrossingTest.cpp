@@ -91,6 +91,21 @@ TEST_F(MountCrossing, aMountOfOurOwnIsMissingAndLeftOutOfListings) {
   });
 }
 
+TEST_F(MountCrossing, aFileOfAMountOfOurOwnThatIsBoundIntoTheShareIsMissing) {
+  temp.file("share/bound");
+  withMount([](const std::string& share, dev_t own) {
+    ASSERT_EQ(::mount((share + "/mounted/file.txt").c_str(), (share + "/bound").c_str(), nullptr,
+                      MS_BIND, nullptr),
+              0);
+    const UniqueFd root = open(share);
+    const IsOwnMount isOwnMount = [own](dev_t device) { return device == own; };
+    const BeneathResolver resolver(root.get(), isOwnMount);
+    EXPECT_FALSE(resolver.status("bound"));
+    EXPECT_FALSE(resolver.openFile("bound"));
+    EXPECT_EQ(listing(resolver).find("bound"), Bytes::npos);
+  });
+}
+
 // Another user's FUSE mount refuses everybody else, root too, without asking its server.
 TEST_F(MountCrossing, aMountThatRefusesUsIsLeftOutAndTheRestIsListed) {
   const UniqueFd server(::open("/dev/fuse", O_RDWR | O_CLOEXEC));

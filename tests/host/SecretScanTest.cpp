@@ -85,6 +85,12 @@ TEST_F(SecretScanTest, aScanThatTakesTooLongIsToldAndEnds) {
             Texts{"it took too long to look at everything"});
 }
 
+TEST_F(SecretScanTest, aScanThatNobodyWaitsForEnds) {
+  for (int i = 0; i < 10; ++i) tree.file("a" + std::to_string(i));
+  const UniqueFd folder(::open(tree.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  EXPECT_EQ(SecretScan::of(folder.get(), {}, {}, [] { return true; }).sharedCount, 0);
+}
+
 TEST_F(SecretScanTest, noDescriptorIsLeftOpen) {
   tree.file("a/b/c/.env");
   const auto before = test::openDescriptors();

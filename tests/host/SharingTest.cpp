@@ -1,4 +1,6 @@
 // Folders offered and withdrawn while the host runs.
+#include <sys/socket.h>
+
 #include <atomic>
 #include <thread>
 
@@ -215,6 +217,29 @@ TEST_F(SharingTest, noDescriptorIsLeftOpen) {
   EXPECT_EQ(share("Other", "home").status, Status::review);
   (void)owner->cancel("Other");
   EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SharingTest, anOfferWhoseOwnerHasGoneIsNone) {
+  temp.file("home/text");
+  std::atomic<int> connection{-1};
+  std::atomic<bool> isCut{false};
+  auto chosen = options();
+  chosen.isOwnMount = [&](dev_t) {  // asked about the folder, before it is looked through
+    isCut = connection >= 0 && ::shutdown(connection, SHUT_RDWR) == 0;
+    return false;
+  };
+  owner.reset();
+  host.reset();
+  startHost(std::move(chosen));
+  const auto before = openDescriptors();
+  const UniqueFd client(RawClient(socketPath()).release());
+  connection = client.get();
+  ASSERT_GT(writeWithoutSignal(client.get(), R"({"op":"share","name":"Home","folder":")" +
+                                                 temp / "home" + "\"}\n"),
+            0);
+  EXPECT_TRUE(eventually([&] { return isCut.load(); }));
+  EXPECT_TRUE(eventually([&] { return openDescriptors() == before + 1; }));  // the client's own
+  EXPECT_EQ(sharedNames(), Names{"Docs"});
 }
 
 TEST_F(SharingTest, sharesComeAndGoWhileOthersAreServed) {

@@ -1,13 +1,19 @@
 #include "fs/FSItemIDAllocator.h"
 
 #include <cstdlib>
-#include <functional>
 #include <limits>
+
+#include "fs/KeyedHash.h"
 
 namespace tarnel {
 namespace {
 
 constexpr std::size_t firstSlots = 64;
+
+const HashKey& hashKey() {
+  static const HashKey key = HashKey::random();
+  return key;
+}
 
 }  // namespace
 
@@ -37,7 +43,7 @@ FSItemIDAllocator::Entry FSItemIDAllocator::entry(std::string_view relpath) {
 // The path's slot, or the free one where it belongs.
 std::size_t FSItemIDAllocator::slotOf(std::string_view relpath) const {
   const std::size_t mask = slots.size() - 1;
-  std::size_t slot = std::hash<std::string_view>()(relpath) & mask;
+  std::size_t slot = keyedHash(hashKey(), relpath) & mask;
   while (slots[slot] != 0 && paths[slots[slot] - 1] != relpath) slot = (slot + 1) & mask;
   return slot;
 }

@@ -1,6 +1,6 @@
 #include "fs/FabricSource.h"
 
-#include <unordered_set>
+#include <set>
 #include <utility>
 
 #include "control/Text.h"
@@ -11,7 +11,7 @@ namespace {
 
 // The safe ones of the given names, each once (by exact bytes), sorted.
 std::vector<std::string> distinctSafeNames(std::vector<std::string> names) {
-  std::unordered_set<std::string> taken;
+  std::set<std::string> taken;  // ordered: a host cannot make it slow
   std::vector<std::string> distinct;
   for (std::string& name : names) {
     if (!isSafeFabricName(name) || !taken.insert(name).second) continue;

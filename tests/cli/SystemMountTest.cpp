@@ -1,13 +1,16 @@
 // Mounting through the system's own programs, with programs and a mount table of the test's.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <sstream>
 
+#include "control/UniqueFd.h"
 #include "support/OpenDescriptors.h"
 #include "support/TempDir.h"
 #include "systemmount/SystemMount.h"
@@ -136,6 +139,12 @@ TEST_F(SystemMountTest, aRootThatNeverAnswersIsLeftAndTold) {
   left->get_future().wait();
 }
 
+TEST_F(SystemMountTest, aRootThatAnswersWithAnErrorIsTold) {
+  program("rmdir " + folder + "; touch " + temp / "mounted");
+  EXPECT_EQ(failure(request()), (Lines{folder + ": the root cannot be read (ENOENT); `umount -f`"
+                                                " takes the mount away"}));
+}
+
 TEST_F(SystemMountTest, aFolderThatIsMountedAlreadyIsNotMountedAgain) {
   std::ofstream(temp / "mounted");
   EXPECT_EQ(failure(request()), (Lines{folder + ": the volume is mounted there already"}));
@@ -153,6 +162,7 @@ TEST_F(SystemMountTest, whatIsNoFolderIsRefusedBeforeMountIsRun) {
 TEST_F(SystemMountTest, onlyOptionsThatCanWorkHereAreTaken) {
   EXPECT_EQ(SystemMount::optionsFor({}), Lines{});
   EXPECT_EQ(SystemMount::optionsFor({.options = {"ro,nobrowse", "ro"}}), Lines{"nobrowse"});
+  EXPECT_EQ(SystemMount::optionsFor({.options = {"", "ro,,nobrowse,"}}), Lines{"nobrowse"});
   std::string named(SystemMount::optionNames);
   std::erase(named, ' ');
   EXPECT_TRUE(SystemMount::optionsFor({.options = {named}})) << "what the help names";
@@ -197,9 +207,21 @@ TEST_F(SystemMountTest, anUnmountThatFailsIsToldInItsOwnWords) {
 
 TEST_F(SystemMountTest, aToolReadsNothingAndLeavesNoDescriptor) {
   program("cat; echo done");
+  std::ofstream(temp / "typed") << "what the user types\n";
+  const UniqueFd kept(::dup(STDIN_FILENO));
+  const UniqueFd typed(::open((temp / "typed").c_str(), O_RDONLY));
+  ASSERT_EQ(::dup2(typed.get(), STDIN_FILENO), STDIN_FILENO);
   const std::size_t before = openDescriptors();
   EXPECT_EQ(runTool({temp / "mount"}), (ToolOutcome{.status = 0, .words = {"done"}}));
   EXPECT_EQ(openDescriptors(), before);
+  ::dup2(kept.get(), STDIN_FILENO);
+}
+
+TEST_F(SystemMountTest, aToolHasTheBrokenPipeSignalThatThisProgramIgnores) {
+  program("kill -PIPE $$; echo alive");
+  const auto before = ::signal(SIGPIPE, SIG_IGN);
+  EXPECT_EQ(runTool({temp / "mount"}), (ToolOutcome{.status = 128 + SIGPIPE, .words = {}}));
+  ::signal(SIGPIPE, before);
 }
 
 TEST_F(SystemMountTest, aToolThatTalksWithoutEndIsHeardOutButNotKept) {

@@ -1,4 +1,7 @@
 // A host that listens for the extension as well as at its own place.
+#if defined(__linux__)
+#include <sys/fsuid.h>
+#endif
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -86,12 +89,21 @@ TEST_F(ExtensionSocket, aContainerThatIsNoFolderIsNone) {
 }
 
 TEST_F(ExtensionSocket, aContainerThatKeepsUsOutIsToldApart) {
+#if !defined(__linux__)
   if (::geteuid() == 0) GTEST_SKIP() << "root is kept out of nothing";
+#endif
   makeContainer();
   const std::string folder = path().substr(0, path().rfind('/'));
   ::chmod(folder.c_str(), 0500);
   startHost();
+#if defined(__linux__)
+  // Root is kept out of nothing: this thread is nobody to the file system meanwhile.
+  if (::geteuid() == 0) ::setfsuid(65534);
+#endif
   const ExtensionSocketError error = failure();
+#if defined(__linux__)
+  if (::geteuid() == 0) ::setfsuid(0);
+#endif
   ::chmod(folder.c_str(), 0700);
   EXPECT_EQ(error.kind, Kind::keptOut);
   EXPECT_TRUE(description(error).ends_with("(EACCES)"));
@@ -140,7 +152,10 @@ TEST_F(ExtensionSocket, aHomeThatMakesThePathTooLongIsTold) {
   const auto listening = listenForExtension(*host, home() + "/" + std::string(60, 'u'));
   ASSERT_FALSE(listening);
   EXPECT_FALSE(isTaken(listening.error()));
-  EXPECT_NE(description(listening.error()).find("too long for a socket"), std::string::npos);
+  EXPECT_TRUE(
+      description(listening.error())
+          .ends_with(" bytes of at most 103: the volume cannot be served to a user whose home"
+                     " is this long; `tarnel ls` and `tarnel cat` work (ENAMETOOLONG)"));
 }
 
 }  // namespace

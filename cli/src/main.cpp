@@ -125,8 +125,10 @@ class CommandLine {
   void defineMount() {
     CLI::App* const command = app.add_subcommand("mount", "Mount the volume on a folder");
     addSocket(*command, mount.socket);
-    command->add_flag("-f,--foreground", mount.foreground, "Stay in the foreground");
-    command->add_flag("--debug", mount.debug, "Log every request (in the foreground)");
+    CLI::Option* const foreground =
+        command->add_flag("-f,--foreground", mount.foreground, "Stay in the foreground");
+    command->add_flag("--debug", mount.debug, "Log every request (in the foreground)")
+        ->needs(foreground);
     command->add_option("-o", mount.options, std::string(mountOptionNames))
         ->type_name("OPTIONS")
         ->allow_extra_args(false)

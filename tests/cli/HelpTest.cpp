@@ -65,6 +65,7 @@ TEST(Help, wrongUsageIsOneLineAndStatusTwo) {
 #if defined(__linux__)
       {"mount"},
       {"mount", "a", "b"},
+      {"mount", "--debug", "/tmp"},
       {"mount", ""},
       {"unmount"},
       {"unmount", ""},

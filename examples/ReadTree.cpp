@@ -2,8 +2,8 @@
 //   read-tree SOCKET LOCATION      for example: read-tree /tmp/s me/Docs
 // Exits with 1 when an entry or the stream failed.
 //
-// It only prints the paths. A reader that makes files of them has to refuse absolute ones, "..", NUL
-// and a path below a file, and must not follow links of its own folder.
+// It only prints the paths. A reader that makes files of them has to refuse absolute ones, "..",
+// NUL and a path below a file, and must not follow links of its own folder.
 #include <cstdint>
 #include <iostream>
 #include <string>

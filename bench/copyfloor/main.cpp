@@ -1,6 +1,7 @@
-// copyfloor SOURCE DEST: what moving SOURCE's bytes to the new file DEST costs without any protocol. One
-// process sends them from memory over a Unix-domain stream socket, another reads 64 KiB pieces and writes
-// them. Prints the seconds from the first byte to the closed file; loading SOURCE is not counted.
+// copyfloor SOURCE DEST: what moving SOURCE's bytes to the new file DEST costs without any
+// protocol. One process sends them from memory over a Unix-domain stream socket, another reads 64
+// KiB pieces and writes them. Prints the seconds from the first byte to the closed file; loading
+// SOURCE is not counted.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>

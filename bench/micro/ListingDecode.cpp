@@ -1,5 +1,5 @@
-// What does it cost to decode a listing of 20,000 entries, beside looking at each of its bytes once?
-// Bytes per second are the answer's line.
+// What does it cost to decode a listing of 20,000 entries, beside looking at each of its bytes
+// once? Bytes per second are the answer's line.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>

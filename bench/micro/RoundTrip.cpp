@@ -1,5 +1,5 @@
-// What does one `stat` through a channel cost, beside the same bytes there and back on the same kind
-// of socket? Both ask the same host; bytes per second are of request and answer together.
+// What does one `stat` through a channel cost, beside the same bytes there and back on the same
+// kind of socket? Both ask the same host; bytes per second are of request and answer together.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 

@@ -23,7 +23,8 @@ bool print(std::string_view text);
 // True once nothing more can be printed, for either reason.
 [[nodiscard]] bool outputClosed();
 
-// Of a command that has printed its results: done, or failed, which it tells, when that could not be.
+// Of a command that has printed its results: done, or failed, which it tells, when that could not
+// be.
 [[nodiscard]] int statusAfterPrinting();
 
 }  // namespace tarnel

@@ -20,8 +20,8 @@ class Daemon {
   UniqueFd parent;
 };
 
-// Forks; runs `body` in a session of its own, and `whenReady` in the calling process once the daemon
-// is ready. Call before any thread is started.
+// Forks; runs `body` in a session of its own, and `whenReady` in the calling process once the
+// daemon is ready. Call before any thread is started.
 int runAsDaemon(const std::function<int(Daemon&)>& body, const std::function<int()>& whenReady);
 
 }  // namespace tarnel

@@ -5,10 +5,11 @@
 
 namespace tarnel {
 
-// INT, TERM and HUP, but for a HUP that this process was started to ignore: that is what `nohup` asks
-// for. (A shell ignores INT for what it starts in the background; a script that sends it means it.)
-// Blocks them for the calling thread, which takes them with sigwait or a signalfd; every other thread
-// blocks all signals. What a terminal's user needs besides, Ctrl-\ and Ctrl-Z, stays as it is.
+// INT, TERM and HUP, but for a HUP that this process was started to ignore: that is what `nohup`
+// asks for. (A shell ignores INT for what it starts in the background; a script that sends it means
+// it.) Blocks them for the calling thread, which takes them with sigwait or a signalfd; every other
+// thread blocks all signals. What a terminal's user needs besides, Ctrl-\ and Ctrl-Z, stays as it
+// is.
 inline sigset_t blockEndSignals() {
   sigset_t ends;
   sigemptyset(&ends);

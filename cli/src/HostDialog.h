@@ -1,5 +1,5 @@
-// One connection to the host on which several requests belong together. Errors are sentences for the
-// user. Threads: one.
+// One connection to the host on which several requests belong together. Errors are sentences for
+// the user. Threads: one.
 #pragma once
 
 #include <expected>

@@ -16,7 +16,8 @@ namespace {
 constexpr std::size_t firstBuffer = 4'096;
 constexpr std::size_t largestBuffer = 1'048'576;  // a group's record lists its members
 
-// ask(buffer, size, name) returns what getpwuid_r does. nullopt when the system had no means to look.
+// ask(buffer, size, name) returns what getpwuid_r does. nullopt when the system had no means to
+// look.
 template <class Ask>
 std::optional<std::string> nameOrNumber(unsigned long number, Ask ask) {
   const char* name = nullptr;

@@ -10,8 +10,8 @@
 
 namespace tarnel {
 
-// Fills `out` from `offset`, which is not negative; fewer bytes only at the end of the file. Returns
-// how many.
+// Fills `out` from `offset`, which is not negative; fewer bytes only at the end of the file.
+// Returns how many.
 [[nodiscard]] HostResult<std::size_t> readRange(int fd, std::int64_t offset, std::span<char> out);
 
 // Up to `length` bytes from `offset`, fewer only at the end of the file; neither is negative. They

@@ -28,8 +28,8 @@ namespace tarnel {
 [[nodiscard]] int directoryNamingFlags();
 
 // Hands up to `length` bytes of a file to a socket without a copy in this process. What sendfile()
-// returns: how many; 0 at the end of the file; negative with errno set, ENOSYS where there is no such
-// call. May raise SIGPIPE, so that only threads that block it may call this.
+// returns: how many; 0 at the end of the file; negative with errno set, ENOSYS where there is no
+// such call. May raise SIGPIPE, so that only threads that block it may call this.
 [[nodiscard]] ssize_t sendFileBytes(int socketFD, int fd, std::int64_t offset, std::size_t length);
 
 [[nodiscard]] timespec modificationTime(const struct stat& status);

@@ -22,8 +22,8 @@ HostResult<Bytes> lineOf(const HostResult<ControlResponse>& response) {
 }
 
 // Every reader takes a refusal that it does not know for a missing path. What only the host's own
-// want keeps it from looking at must not seem to be gone, so the client is hung up on: that it takes
-// for what it is, and its connection's descriptor is free.
+// want keeps it from looking at must not seem to be gone, so the client is hung up on: that it
+// takes for what it is, and its connection's descriptor is free.
 bool refuse(Refusal refusal, AnswerSink& sink) {
   return refusal != Refusal::exhausted && sink.send(answerLine(refusal));
 }

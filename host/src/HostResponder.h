@@ -30,8 +30,8 @@ class HostResponder {
   HostResponder(std::unique_ptr<ShareTable> shareTable, HostOptions hostOptions)
       : table(std::move(shareTable)), options(std::move(hostOptions)), sharing(*table, options) {}
 
-  // Sends the whole answer. False when the connection is over: the client cannot take the answer, or
-  // there is nothing left to make one with (Refusal::exhausted).
+  // Sends the whole answer. False when the connection is over: the client cannot take the answer,
+  // or there is nothing left to make one with (Refusal::exhausted).
   [[nodiscard]] bool answer(const ControlRequest& request, AnswerSink& sink);
 
  private:

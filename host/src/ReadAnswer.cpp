@@ -8,8 +8,9 @@
 namespace tarnel {
 namespace {
 
-// A multiple of three, so that the encodings of the pieces are the encoding of the whole. As much as
-// fills one read of the receiver (ReceiveBuffer::readSize) with its encoding and the usual escapes.
+// A multiple of three, so that the encodings of the pieces are the encoding of the whole. As much
+// as fills one read of the receiver (ReceiveBuffer::readSize) with its encoding and the usual
+// escapes.
 constexpr std::int64_t pieceBytes = 48'000;
 static_assert(pieceBytes % 3 == 0);
 

@@ -1,11 +1,11 @@
-// The operations `share`, `confirm`, `cancel` and `unshare`: folders offered and withdrawn while the
-// host runs.
+// The operations `share`, `confirm`, `cancel` and `unshare`: folders offered and withdrawn while
+// the host runs.
 //
-// `share` wants a name and an absolute folder. A folder with likely secrets, or one that could not be
-// looked through, is answered with a `review`, which waits for `confirm` or `cancel` under the same
-// name on the same connection. `confirm` shares the folder without its secrets, but with those that
-// its includeSecrets lists as the review did; a review that has caps needs ackCaps. The policy `yes`
-// does both at once, and tells in the answer's `review` what it left out; `force`, to either
+// `share` wants a name and an absolute folder. A folder with likely secrets, or one that could not
+// be looked through, is answered with a `review`, which waits for `confirm` or `cancel` under the
+// same name on the same connection. `confirm` shares the folder without its secrets, but with those
+// that its includeSecrets lists as the review did; a review that has caps needs ackCaps. The policy
+// `yes` does both at once, and tells in the answer's `review` what it left out; `force`, to either
 // operation, shares everything without looking. What was shared in any other way than by force goes
 // on hiding secrets that appear later. `unshare` withdraws one of the host's own shares by name, or
 // with `all` every one; a request that has begun is still answered from it.

@@ -16,9 +16,9 @@ constexpr std::size_t capacity = headBytes + window;
 
 }  // namespace
 
-// When the last of so many copied bytes are read, all but a window or two of them have been sent, and
-// they fill the socket: what was sent before them has been taken. A window more, because the system
-// looks for room in a socket before it takes bytes, and not for all of them.
+// When the last of so many copied bytes are read, all but a window or two of them have been sent,
+// and they fill the socket: what was sent before them has been taken. A window more, because the
+// system looks for room in a socket before it takes bytes, and not for all of them.
 StreamWriter::StreamWriter(AnswerSink& answerSink)
     : sink(answerSink),
       copiedEnd(static_cast<std::int64_t>(sink.mostUnderWay()) + 3 * ControlStreamFrame::window) {

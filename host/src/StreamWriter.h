@@ -5,8 +5,8 @@
 // large one from the system's own memory, without any copy here. Such a frame's length is promised
 // before its bytes are there, and its bytes can change until the reader has them: should the file
 // become shorter meanwhile, zeros stand where its end was, and the file has failed. So the end of a
-// large file is copied: who can still read the last of it knows that it did not become shorter while
-// anything else was under way.
+// large file is copied: who can still read the last of it knows that it did not become shorter
+// while anything else was under way.
 // Once the client has gone everything is dropped. Threads: one.
 #pragma once
 

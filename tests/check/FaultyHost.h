@@ -2,9 +2,9 @@
 //
 //   FaultyHost host([](const Exchange& exchange) { return HostReply().answer("nonsense"); });
 //
-// Requests are passed on to a real reference host, and the fault makes the reply of the answer. The two
-// streams are made here, from the reference host's answers. Threads: the fault is called by one for
-// each connection.
+// Requests are passed on to a real reference host, and the fault makes the reply of the answer. The
+// two streams are made here, from the reference host's answers. Threads: the fault is called by one
+// for each connection.
 #pragma once
 
 #include <functional>

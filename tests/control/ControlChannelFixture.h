@@ -1,4 +1,5 @@
-// What the tests of a channel share: a scripted host, a channel to it, requests and answers with names.
+// What the tests of a channel share: a scripted host, a channel to it, requests and answers with
+// names.
 #pragma once
 
 #include <gtest/gtest.h>

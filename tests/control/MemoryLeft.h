@@ -1,4 +1,5 @@
-// A process with little memory left. A sanitizer has memory of its own: tests with this are skipped there.
+// A process with little memory left. A sanitizer has memory of its own: tests with this are skipped
+// there.
 #pragma once
 
 #if defined(__linux__)

@@ -59,8 +59,8 @@ class UnixSocketServerTest : public testing::Test {
   }
   ~UnixSocketServerTest() override { server->stop(); }
 
-  // A first connection, so that the server's thread is at work for sure: a sanitizer that looks at a
-  // thread that is just beginning needs descriptors itself.
+  // A first connection, so that the server's thread is at work for sure: a sanitizer that looks at
+  // a thread that is just beginning needs descriptors itself.
   [[nodiscard]] bool hasTakenOne() {
     const UniqueFd client(connectUnixSocket(path).value_or(-1));
     return eventually([&] { return taken.count() == 1; });

@@ -1,7 +1,8 @@
-// Read before a source of the project, this makes the compiler of another system take it as Darwin's
-// would, as far as the project's own system calls go: this system's headers are all read first, then
-// its macro gives way to __APPLE__, what only Darwin has is declared, and what Darwin lacks cannot be
-// named any more. What is declared here is written from Darwin's manual pages; it is never run.
+// Read before a source of the project, this makes the compiler of another system take it as
+// Darwin's would, as far as the project's own system calls go: this system's headers are all read
+// first, then its macro gives way to __APPLE__, what only Darwin has is declared, and what Darwin
+// lacks cannot be named any more. What is declared here is written from Darwin's manual pages; it
+// is never run.
 #pragma once
 #pragma GCC system_header  // it poisons what this system's headers define
 

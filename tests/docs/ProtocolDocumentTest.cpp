@@ -1,4 +1,5 @@
-// docs/protocol.md is what authors of hosts read: what it shows is read here as what it is said to be.
+// docs/protocol.md is what authors of hosts read: what it shows is read here as what it is said to
+// be.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

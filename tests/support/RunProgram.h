@@ -4,7 +4,8 @@
 //   EXPECT_EQ(listed.status, 0) << listed.err;
 //
 // Standard output and error go to files, so that a program which leaves a daemon behind does not
-// keep anybody waiting; standard input is empty. A program may sit at a Terminal instead. Threads: one.
+// keep anybody waiting; standard input is empty. A program may sit at a Terminal instead.
+// Threads: one.
 #pragma once
 
 #include <sys/types.h>

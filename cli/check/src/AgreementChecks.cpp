@@ -1,5 +1,5 @@
-// 7xx: `stat`, `list` and `read` tell of the same files. What changes while it is looked at is looked at
-// again, and skipped in the end.
+// 7xx: `stat`, `list` and `read` tell of the same files. What changes while it is looked at is
+// looked at again, and skipped in the end.
 #include <algorithm>
 #include <array>
 #include <map>
@@ -30,7 +30,8 @@ std::string differenceOf(const ControlStat& listed, const ControlStat& stat) {
   return "group";
 }
 
-// Of two listings, what `stat` in between said differently. Nothing where the two differ themselves.
+// Of two listings, what `stat` in between said differently. Nothing where the two differ
+// themselves.
 std::string disagreement(const std::string& location, const ControlStat& before,
                          const std::optional<ControlStat>& stat, const EntriesByName& after) {
   const auto still = after.find(before.name);

@@ -1,5 +1,5 @@
-// How the text of an answer is spelled, which reading it as a record hides. Pure functions on hostile
-// text.
+// How the text of an answer is spelled, which reading it as a record hides. Pure functions on
+// hostile text.
 #pragma once
 
 #include "control/Bytes.h"

@@ -1,7 +1,7 @@
 // What a host has to be asked about, found by looking through its shares.
 //
-// The search is bounded by CheckLimits (time, listings) and by the constants here; what answers badly
-// is passed over, since checks of their own tell of it. Only safe names are followed.
+// The search is bounded by CheckLimits (time, listings) and by the constants here; what answers
+// badly is passed over, since checks of their own tell of it. Only safe names are followed.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// The bytes of a connection to a host, as they come: a client's own view would hide a host's faults.
+// The bytes of a connection to a host, as they come: a client's own view would hide a host's
+// faults.
 //
 // Never blocks past a deadline, which holds for a whole line or frame. Holds at most 16 MiB and one
 // read of what it received. Threads: one at a time.

@@ -1,5 +1,5 @@
-// How a refusal will be understood: a reader judges by the payload that is not there, and by words in
-// the message.
+// How a refusal will be understood: a reader judges by the payload that is not there, and by words
+// in the message.
 #pragma once
 
 #include <initializer_list>

@@ -9,8 +9,8 @@
 
 namespace tarnel {
 
-// Why a check cannot look at the stream at all: nothing to ask for, not served, too long; and, but for
-// the checks `ground` and before, a fault that those tell of.
+// Why a check cannot look at the stream at all: nothing to ask for, not served, too long; and, but
+// for the checks `ground` and before, a fault that those tell of.
 [[nodiscard]] std::optional<CheckVerdict> cannotLook(const StreamCourse& course, int ground);
 
 // Passes for one error frame, and nothing else, whose message is understood as this.

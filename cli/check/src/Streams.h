@@ -1,5 +1,5 @@
-// Streams of a host, each read once and kept as far as checks look at it. Bounded: what one stream may
-// carry and take is in CheckLimits, and a tree has at most `mostEntries`.
+// Streams of a host, each read once and kept as far as checks look at it. Bounded: what one stream
+// may carry and take is in CheckLimits, and a tree has at most `mostEntries`.
 #pragma once
 
 #include <cstddef>

@@ -109,8 +109,8 @@ void FolderCopy::descend(const std::string& relpath, const HostEntry& status) {
   steps.push_back({.relpath = relpath, .wasWhole = wasWhole});
 }
 
-// What is missing from a folder that is whole was not missed: a stream leaves links to folders out, which
-// the listing shows as folders.
+// What is missing from a folder that is whole was not missed: a stream leaves links to folders out,
+// which the listing shows as folders.
 bool FolderCopy::isLeftOut(const std::string& relpath) {
   if (steps.empty() || !steps.back().wasWhole || !context.source.servesTrees()) return false;
   if (!enter(steps.back().relpath, nullptr)) return true;

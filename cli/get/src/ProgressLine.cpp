@@ -70,7 +70,8 @@ std::string progressText(const CopyProgress& progress, std::size_t columns) {
   const std::string speed = sizeText(rate) + "/s";
 
   std::string text;
-  // Added while they fit: bytes, then what is left, then the rate, then the files; shown in another order.
+  // Added while they fit: bytes, then what is left, then the rate, then the files; shown in another
+  // order.
   const std::vector<std::vector<std::string>> choices = {
       {bytes, files, speed, left}, {bytes, speed, left}, {bytes, left}, {bytes}};
   for (const auto& pieces : choices) {

@@ -104,8 +104,9 @@ class JsonReader {
 // What is wrong with a text whose reading failed so: that it is no JSON counts before what it says.
 [[nodiscard]] DecodingError firstFault(std::string_view text, const DecodingError& failure);
 
-// The whole text as one record. One that has no room in memory fails like one that cannot be read: a
-// list of empty texts takes a dozen times its JSON, and its sender must not be able to end the process.
+// The whole text as one record. One that has no room in memory fails like one that cannot be read:
+// a list of empty texts takes a dozen times its JSON, and its sender must not be able to end the
+// process.
 template <class Record>
 [[nodiscard]] std::expected<Record, DecodingError> readJson(std::string_view text) {
   JsonReader json(text);

@@ -22,8 +22,8 @@ namespace tarnel {
 void setNonBlocking(int fd, bool on);
 
 // Room in the socket for most of a large answer, so that the two sides do not wake each other for
-// every piece of it (one of these systems gives 8 KiB unless asked). As much as the system gives; no
-// failure is told.
+// every piece of it (one of these systems gives 8 KiB unless asked). As much as the system gives;
+// no failure is told.
 void raiseSocketBuffers(int fd);
 
 // write() to a socket whose peer may have gone: EPIPE, never the signal.
@@ -40,10 +40,11 @@ struct Pipe {
 // be told is not trusted.
 [[nodiscard]] bool peerIsTrusted(int fd);
 
-// To be called before a read() that is likely to wait. On Linux it sleeps until there is something to
-// tell (bytes, an end, an error), or returns false with what read() would have set: errno EAGAIN when
-// that took longer than the limit, of which zero is none, and EINTR when a signal was handled. A
-// reader that sleeps in read() is woken there also when its peer takes what it had sent, for nothing.
+// To be called before a read() that is likely to wait. On Linux it sleeps until there is something
+// to tell (bytes, an end, an error), or returns false with what read() would have set: errno EAGAIN
+// when that took longer than the limit, of which zero is none, and EINTR when a signal was handled.
+// A reader that sleeps in read() is woken there also when its peer takes what it had sent, for
+// nothing.
 // Elsewhere it returns true at once, and read() does the waiting.
 [[nodiscard]] bool sleepUntilReadable(int fd, timeval limit);
 

@@ -1,6 +1,6 @@
 // The small shared pool: runs the ends of asynchronous work that must not run where they became
-// ready, as the decoding of a large listing, behind which other answers would wait. Items never wait
-// for the host, so two threads are enough.
+// ready, as the decoding of a large listing, behind which other answers would wait. Items never
+// wait for the host, so two threads are enough.
 //
 // Releasing the pool lets what is queued run and then ends the threads; nobody joins them.
 // Threads: post may be called from any thread.

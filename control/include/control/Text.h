@@ -32,8 +32,8 @@ namespace tarnel {
 [[nodiscard]] std::string composed(std::string_view text);
 
 // The text as a file system that ignores case reads it: full case folding, characters that have no
-// appearance left out, decomposed with its marks in no particular order. For comparing with texts in
-// lower-case ASCII. The text itself when it is not valid UTF-8.
+// appearance left out, decomposed with its marks in no particular order. For comparing with texts
+// in lower-case ASCII. The text itself when it is not valid UTF-8.
 [[nodiscard]] std::string caseFolded(std::string_view text);
 
 [[nodiscard]] bool textEqual(std::string_view a, std::string_view b);

@@ -2,7 +2,8 @@
 // a line feed, "v" first. A reader takes the keys in any order and ignores others.
 //
 // A payload is anything that JsonWriter::value writes and JsonReader::read reads: a record of this
-// library, or any type with `encode(JsonWriter&)`, `static decode(JsonReader&)` and a default value.
+// library, or any type with `encode(JsonWriter&)`, `static decode(JsonReader&)` and a default
+// value.
 // Only an equal version passes, and it is looked at before the payload: a message of another
 // revision is known as one even when its payload could not be read.
 // Threads: pure functions.

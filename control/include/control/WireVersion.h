@@ -30,9 +30,9 @@ inline constexpr std::int64_t fileFabric = 1;
 inline constexpr std::int64_t fileTail = 1;
 inline constexpr std::int64_t shareMetadata = 1;
 
-// The number under `streamAttribute`: one optional sign, then ASCII digits and nothing else. nullopt
-// without the key, and for every text that is no such number or does not fit into 64 bits. What a
-// negative number or 0 means is the caller's to judge.
+// The number under `streamAttribute`: one optional sign, then ASCII digits and nothing else.
+// nullopt without the key, and for every text that is no such number or does not fit into 64 bits.
+// What a negative number or 0 means is the caller's to judge.
 [[nodiscard]] std::optional<std::int64_t> streamVersion(
     const std::map<std::string, std::string>& attributes);
 

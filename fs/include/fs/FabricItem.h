@@ -31,8 +31,8 @@ class FabricItem final : public Item {
   const bool isSynthesizedDirectory;  // the root and the peers: the host is never asked about them
 
   // The last status that a lookup or an attribute request received; absent for what is synthesized.
-  // Its name is the end of the path. The owner's and the group's, which nothing ever asks for again,
-  // are not kept.
+  // Its name is the end of the path. The owner's and the group's, which nothing ever asks for
+  // again, are not kept.
   [[nodiscard]] std::optional<FileStat> lastStat() const EXCLUDES(lock);
   void setLastStat(const FileStat& stat) EXCLUDES(lock);
 

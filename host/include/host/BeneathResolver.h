@@ -2,8 +2,9 @@
 //
 // A path is what SharePath calls the rest: safe names joined by "/", or nothing for the folder
 // itself. Links and mounts below it are treated as PathWalk says; regular files and directories are
-// all that exists, and what the share hides does not. Where the system can resolve a path beneath a folder in one call and the path
-// holds no link, that call is all; otherwise, and on other systems always, PathWalk does it.
+// all that exists, and what the share hides does not. Where the system can resolve a path beneath a
+// folder in one call and the path holds no link, that call is all; otherwise, and on other systems
+// always, PathWalk does it.
 // Threads: any. Lifetime: refers to the folder's descriptor, to the predicate and to the hidden
 // paths.
 #pragma once

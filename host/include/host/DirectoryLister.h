@@ -1,12 +1,13 @@
 // Writes the answer to a listing while it walks the directory, in the directory's own order.
 //
 // Each entry's status is that of what it leads to; entries that lead to no regular file or
-// directory inside the share are left out (PathWalk says which). A directory that goes from its path
-// before its links have been looked at is missing: without them its listing would be untrue. Names that are not valid UTF-8
-// cannot travel in JSON: they are left out and counted. Bounds: an answer is one line, and a line
-// longer than maxAnswerBytes, its line feed counted, would be refused by every reader:
-// Refusal::listingTooLarge. With 16 MiB that is about 100,000 entries with names of 40 bytes; a
-// names-only listing holds about three times as many. Threads: one lister, one thread.
+// directory inside the share are left out (PathWalk says which). A directory that goes from its
+// path before its links have been looked at is missing: without them its listing would be untrue.
+// Names that are not valid UTF-8 cannot travel in JSON: they are left out and counted. Bounds: an
+// answer is one line, and a line longer than maxAnswerBytes, its line feed counted, would be
+// refused by every reader: Refusal::listingTooLarge. With 16 MiB that is about 100,000 entries with
+// names of 40 bytes; a names-only listing holds about three times as many. Threads: one lister, one
+// thread.
 #pragma once
 
 #include <sys/stat.h>

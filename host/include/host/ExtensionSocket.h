@@ -1,6 +1,6 @@
-// The socket that the file-system extension connects to. It lies in the extension's container, which
-// is the system's to make, when the extension first starts: a folder made here in its place would
-// have the wrong owner, and the system would refuse it.
+// The socket that the file-system extension connects to. It lies in the extension's container,
+// which is the system's to make, when the extension first starts: a folder made here in its place
+// would have the wrong owner, and the system would refuse it.
 #pragma once
 
 #include <expected>

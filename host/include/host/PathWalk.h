@@ -8,10 +8,10 @@
 //
 // Left out, that is answered as missing: absolute links, links that lead out or nowhere, links to a
 // directory above themselves, mounts that the host must not serve, paths that the share hides, and
-// everything but regular files and directories. A link is above itself when its target is a directory that the requested path
-// came through under any name, or one that holds the link; links that lead to each other's parents
-// are thereby no endless tree either. Threads: one walk, one thread. Lifetime: refers to the root's
-// descriptor, to the predicate and to the hidden paths.
+// everything but regular files and directories. A link is above itself when its target is a
+// directory that the requested path came through under any name, or one that holds the link; links
+// that lead to each other's parents are thereby no endless tree either. Threads: one walk, one
+// thread. Lifetime: refers to the root's descriptor, to the predicate and to the hidden paths.
 #pragma once
 
 #include <sys/stat.h>

@@ -2,12 +2,12 @@
 //
 // It exists so that the volume can be run, tested and measured against something real, and as the
 // example for the author of another host. Locations are "peer/Share/rest"; it serves `shares`,
-// `stat`, `list` (with `namesOnly` and `limit`), `read`, `readStream` and `readTreeStream`, and `share`, `confirm`, `cancel` and
-// `unshare`, which offer and withdraw folders while it runs. It answers everything else with an
-// error. It never leaves a shared folder (PathWalk), refuses clients of another user than its own
-// or root, and refuses in fixed texts (Refusal). Each connection has a thread of its own, so a
-// client that asks slowly or does not read its answers holds up nobody else. Threads: start and
-// stop from one thread at a time.
+// `stat`, `list` (with `namesOnly` and `limit`), `read`, `readStream` and `readTreeStream`, and
+// `share`, `confirm`, `cancel` and `unshare`, which offer and withdraw folders while it runs. It
+// answers everything else with an error. It never leaves a shared folder (PathWalk), refuses
+// clients of another user than its own or root, and refuses in fixed texts (Refusal). Each
+// connection has a thread of its own, so a client that asks slowly or does not read its answers
+// holds up nobody else. Threads: start and stop from one thread at a time.
 #pragma once
 
 #include <expected>
@@ -31,7 +31,8 @@ class ReferenceHost {
   ReferenceHost(const ReferenceHost&) = delete;
   ReferenceHost& operator=(const ReferenceHost&) = delete;
 
-  // Listens at one more place, under the same rules, until stop(). On failure all goes on as it was.
+  // Listens at one more place, under the same rules, until stop(). On failure all goes on as it
+  // was.
   [[nodiscard]] std::expected<void, HostStartError> listenAlso(const std::string& path);
 
   // Hangs up on every client, waits for what is being answered, and removes the sockets' files.

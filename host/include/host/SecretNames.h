@@ -1,6 +1,7 @@
 // Which names stand for secrets by custom, so that nobody shares them without having been asked.
 //
-// Case is ignored as file systems do that ignore it. A folder with such a name is a secret with all that it holds.
+// Case is ignored as file systems do that ignore it. A folder with such a name is a secret with all
+// that it holds.
 //   whole names   .env .envrc .netrc _netrc .pgpass .my.cnf .npmrc .pypirc .htpasswd .dockercfg
 //                 .git-credentials .vault-token credentials.json secrets.json secrets.yaml
 //                 secrets.yml service-account.json wallet.dat logins.json key3.db key4.db

@@ -1,8 +1,8 @@
 // Looks through a folder that is about to be shared for names that stand for secrets.
 //
-// Names only: no file is opened, links are not followed, and a folder that is a secret itself is not
-// looked into. Whatever the folder holds, the scan ends: each bound that it met is told in a text,
-// and what it did not look at may hold more. Threads: pure but for the file system.
+// Names only: no file is opened, links are not followed, and a folder that is a secret itself is
+// not looked into. Whatever the folder holds, the scan ends: each bound that it met is told in a
+// text, and what it did not look at may hold more. Threads: pure but for the file system.
 #pragma once
 
 #include <chrono>

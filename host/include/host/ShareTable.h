@@ -3,8 +3,8 @@
 //
 // Each folder is opened when its share is made and kept: a share goes on serving that folder also
 // when another takes its path. Names are exact bytes; they are UTF-8 and safe as components of a
-// path. Shares come and go while requests run: a share that was found stays valid, and open, as long
-// as it is held. Threads: any.
+// path. Shares come and go while requests run: a share that was found stays valid, and open, as
+// long as it is held. Threads: any.
 #pragma once
 
 #include <cstddef>

@@ -31,7 +31,8 @@ static bool packEntry(void* context, TarnelText name, int64_t itemType, uint64_t
   }
 }
 
-// The core's threads have no pool, and live as long as the volume: what this leaves in one would stay.
+// The core's threads have no pool, and live as long as the volume: what this leaves in one would
+// stay.
 static void* mutableBytes(void* context) {
   @autoreleasepool {
     return [TARNEL_LENT(FSMutableFileDataBuffer*, context) mutableBytes];

@@ -152,8 +152,8 @@ Adapter::Adapter(std::shared_ptr<FabricVolume> served, const std::shared_ptr<Fab
 
 Adapter::~Adapter() {
   if (session == nullptr) return;
-  // The threads that serve keep the adapter, so a mount that was served is gone by now and this only
-  // releases what belongs to it; one that nobody came to serve is taken away.
+  // The threads that serve keep the adapter, so a mount that was served is gone by now and this
+  // only releases what belongs to it; one that nobody came to serve is taken away.
   fuse_session_unmount(session);
   fuse_session_destroy(session);
 }

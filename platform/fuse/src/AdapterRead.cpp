@@ -11,7 +11,8 @@
 namespace tarnel {
 namespace {
 
-// The bytes of one read. The chunk that fills it is taken as it came: no copy, no memory of its own.
+// The bytes of one read. The chunk that fills it is taken as it came: no copy, no memory of its
+// own.
 class ReadBuffer final : public MutableFileBuffer {
  public:
   explicit ReadBuffer(std::size_t bytes) : size(bytes) {}

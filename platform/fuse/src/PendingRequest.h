@@ -1,7 +1,8 @@
 // A request of the kernel that waits for the host. It is answered exactly once, by whichever comes
-// first: its result, or an interrupt, which answers EINTR: at once when the signal ends the program,
-// as Ctrl-C does to most; after interruptGrace when the program handles it. A timer's signal is no
-// reason to fail a call that a healthy host is about to answer, and no local file system does.
+// first: its result, or an interrupt, which answers EINTR: at once when the signal ends the
+// program, as Ctrl-C does to most; after interruptGrace when the program handles it. A timer's
+// signal is no reason to fail a call that a healthy host is about to answer, and no local file
+// system does.
 //
 //   const auto pending = PendingRequest::make(session, request);
 //   volume.lookupItem(..., [pending](...) {

@@ -1,10 +1,11 @@
 // The order in which a file's short answers reach the kernel.
 //
 // The kernel reads ahead in several requests at once. A short answer tells it where the file ends,
-// but it believes only the first one, and fills the pages of every other with zeros. When a file has
-// shrunk unseen, the answer of the larger offset could come first, since each short answer costs a
-// further question to the host: the zeros of the smaller one would then stand before the end. So a
-// short answer waits until no read of a smaller offset is under way; the smallest never waits.
+// but it believes only the first one, and fills the pages of every other with zeros. When a file
+// has shrunk unseen, the answer of the larger offset could come first, since each short answer
+// costs a further question to the host: the zeros of the smaller one would then stand before the
+// end. So a short answer waits until no read of a smaller offset is under way; the smallest never
+// waits.
 // Whole answers and failures do not wait.
 // Threads: any.
 #pragma once

@@ -74,7 +74,8 @@ FAKE_CODING
 - (NSUInteger)length {
   return _length;
 }
-// Keeps itself until the caller's pool goes, as what lends its inside may, and as ARC may do for it.
+// Keeps itself until the caller's pool goes, as what lends its inside may, and as ARC may do for
+// it.
 - (void*)mutableBytes {
   [[self retain] autorelease];
   return _bytes;

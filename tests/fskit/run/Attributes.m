@@ -61,8 +61,8 @@ static bool isMoment(struct timespec time, TarnelTime given) {
   return time.tv_sec == given.seconds && time.tv_nsec == given.nanoseconds;
 }
 
-// A volume's own values hide one that stands in another's place: its times are one, and its owner and
-// group may have one number.
+// A volume's own values hide one that stands in another's place: its times are one, and its owner
+// and group may have one number.
 void everyAttributeHasItsOwnPlace(HostForRun* host) {
   (void)host;
   const TarnelAttributes given = {.valid = allWanted,

@@ -1,14 +1,14 @@
 // The checks that tell a host's author whether a running host speaks the protocol.
 //
 // A check is a value: a number, a title and a function that asks the host and judges. Numbers are
-// grouped by hundreds (docs/check-host.md lists them) and never reused. A verdict's note is one line
-// for people: what was seen and what to change for a failure, what the host lacks for a skip, what
-// was measured for some passes. Nothing in it can control a terminal, whatever the host says.
+// grouped by hundreds (docs/check-host.md lists them) and never reused. A verdict's note is one
+// line for people: what was seen and what to change for a failure, what the host lacks for a skip,
+// what was measured for some passes. Nothing in it can control a terminal, whatever the host says.
 //
 // Every wait is bounded by CheckLimits; so is what one answer, one stream and the search for
 // material may hold. A host can make checks fail, never crash, hang or grow them. No check changes
-// anything at the host: only `shares`, `stat`, `list`, `read` and the two streams are asked, and what
-// is no request at all.
+// anything at the host: only `shares`, `stat`, `list`, `read` and the two streams are asked, and
+// what is no request at all.
 // Threads: one for a run.
 #pragma once
 

@@ -1,5 +1,5 @@
-// Where a copy goes, as with `cp`: a folder that exists takes each path under its last name; otherwise the
-// destination is the new name of the one path.
+// Where a copy goes, as with `cp`: a folder that exists takes each path under its last name;
+// otherwise the destination is the new name of the one path.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,5 @@
-// What a copy has done so far, and what it could not do. Bounds: the texts of at most maxKept failures,
-// each cut to maxTextBytes; the others are only counted. Threads: one.
+// What a copy has done so far, and what it could not do. Bounds: the texts of at most maxKept
+// failures, each cut to maxTextBytes; the others are only counted. Threads: one.
 #pragma once
 
 #include <cstdint>

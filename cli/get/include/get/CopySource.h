@@ -1,9 +1,9 @@
-// Where a copy comes from: the host, over two connections. One carries streams; the other answers what
-// has to be known meanwhile, so that a question never waits for a stream's end.
+// Where a copy comes from: the host, over two connections. One carries streams; the other answers
+// what has to be known meanwhile, so that a question never waits for a stream's end.
 //
-// Listings of the folders that were asked about last are kept, at most maxListingMemory bytes besides
-// the newest; one that was given up is asked for again. So are refusals, but not what failed under a
-// shorter deadline than questionDeadline.
+// Listings of the folders that were asked about last are kept, at most maxListingMemory bytes
+// besides the newest; one that was given up is asked for again. So are refusals, but not what
+// failed under a shorter deadline than questionDeadline.
 // Threads: one; the Interruption wakes it.
 #pragma once
 
@@ -47,8 +47,8 @@ class CopySource {
   // Opens a stream: `stream()` is then about to read its first head. False when this host does not
   // serve such streams, which is not asked again.
   [[nodiscard]] CopyResult<bool> openTree(const std::string& path);
-  // size: of the file as far as is known; of one that has grown since no more is asked for. One that
-  // is said to be empty may have content all the same, and is asked for whole.
+  // size: of the file as far as is known; of one that has grown since no more is asked for. One
+  // that is said to be empty may have content all the same, and is asked for whole.
   [[nodiscard]] CopyResult<bool> openFile(const std::string& path, std::int64_t size);
   [[nodiscard]] HostStream& stream() { return bytes; }
   [[nodiscard]] bool servesTrees() const { return treesServed; }

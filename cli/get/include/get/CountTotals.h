@@ -1,5 +1,5 @@
-// How much there is to copy, from listings, so that a progress line can tell what is left. Only worth a moment:
-// given up after maxTime or maxFolders folders, or when something cannot be listed.
+// How much there is to copy, from listings, so that a progress line can tell what is left. Only
+// worth a moment: given up after maxTime or maxFolders folders, or when something cannot be listed.
 #pragma once
 
 #include <chrono>

@@ -1,7 +1,7 @@
 // The path of an entry below the root of a copy, as a host tells it: hostile until it is parsed.
 //
-// Refused: an absolute path, an empty component, "." and "..", NUL (EINVAL, "unsafe name"); a name of
-// more than maxNameBytes, more than maxDepth levels (ENAMETOOLONG). Threads: pure.
+// Refused: an absolute path, an empty component, "." and "..", NUL (EINVAL, "unsafe name"); a name
+// of more than maxNameBytes, more than maxDepth levels (ENAMETOOLONG). Threads: pure.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Copies one file of the host whose status is known: as a stream, or in chunks from a host that does
-// not serve streams. Threads: one.
+// Copies one file of the host whose status is known: as a stream, or in chunks from a host that
+// does not serve streams. Threads: one.
 #pragma once
 
 #include <string>

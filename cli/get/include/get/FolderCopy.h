@@ -1,11 +1,11 @@
-// Copies a folder of the host with all that is in it: as one stream where that is possible, else by its
-// listings, folder by folder.
+// Copies a folder of the host with all that is in it: as one stream where that is possible, else by
+// its listings, folder by folder.
 //
-// Listings are for two cases. To resume: what is whole already is found out before anything is sent. A
-// folder that is not here yet comes as a stream even then, so the walk itself only goes where a folder
-// is here, and those are as many as they are: links of the host, which its listings show as folders,
-// cannot lead it round and round. And for a host that does not serve streams, where only bounds help:
-// of depth, of folders, and of listings that repeat one above them.
+// Listings are for two cases. To resume: what is whole already is found out before anything is
+// sent. A folder that is not here yet comes as a stream even then, so the walk itself only goes
+// where a folder is here, and those are as many as they are: links of the host, which its listings
+// show as folders, cannot lead it round and round. And for a host that does not serve streams,
+// where only bounds help: of depth, of folders, and of listings that repeat one above them.
 // Bounds: a few names a level; listings are kept by CopySource. Threads: one.
 #pragma once
 

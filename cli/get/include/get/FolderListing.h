@@ -1,5 +1,5 @@
-// What a host lists of one folder, kept small: names in one text, no owners and groups. Read straight from the
-// answer's line, so that the largest answer never stands in memory as records.
+// What a host lists of one folder, kept small: names in one text, no owners and groups. Read
+// straight from the answer's line, so that the largest answer never stands in memory as records.
 //
 // Names that no entry can have (EntryPath.h) are left out and counted. The order is the host's.
 // Threads: plain values.
@@ -32,7 +32,8 @@ class FolderListing {
   [[nodiscard]] std::size_t size() const { return entries.size(); }
   [[nodiscard]] std::string_view name(std::size_t index) const;
   [[nodiscard]] const HostEntry& entry(std::size_t index) const { return entries[index].status; }
-  // By its exact bytes; the first of equal names. Quick when names are looked up in the host's order.
+  // By its exact bytes; the first of equal names. Quick when names are looked up in the host's
+  // order.
   [[nodiscard]] std::optional<std::size_t> find(std::string_view name);
 
   [[nodiscard]] std::size_t namesLeftOut() const { return leftOut; }

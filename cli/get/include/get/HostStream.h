@@ -1,12 +1,12 @@
-// One connection to the host on which a stream's bytes are read in place: the head of each frame, then its
-// payload piece by piece out of the one receive buffer, so that a file's bytes are copied once here
-// (out of the socket) before they are written. Lines of JSON, which answer what is not a stream, come the
-// same way.
+// One connection to the host on which a stream's bytes are read in place: the head of each frame,
+// then its payload piece by piece out of the one receive buffer, so that a file's bytes are copied
+// once here (out of the socket) before they are written. Lines of JSON, which answer what is not a
+// stream, come the same way.
 //
-// The host is not trusted: a frame's length is bounded before its payload is read, and a connection on
-// which bytes stand that no request asked for is given up before the next request, since every
-// later answer on it would be another's. So is one that the host has closed meanwhile. After any failure the connection is gone; the next request
-// makes a new one.
+// The host is not trusted: a frame's length is bounded before its payload is read, and a connection
+// on which bytes stand that no request asked for is given up before the next request, since every
+// later answer on it would be another's. So is one that the host has closed meanwhile. After any
+// failure the connection is gone; the next request makes a new one.
 // Threads: one; an Interruption wakes it.
 #pragma once
 
@@ -42,8 +42,8 @@ class HostStream {
   // The answer's line, without its line feed, of less than `limit` bytes.
   [[nodiscard]] CopyResult<Bytes> readLine(std::size_t limit);
 
-  // The next frame's head, whose length is at most ControlStreamFrame::maxBodyBytes. What is left of
-  // the payload before is skipped.
+  // The next frame's head, whose length is at most ControlStreamFrame::maxBodyBytes. What is left
+  // of the payload before is skipped.
   [[nodiscard]] CopyResult<Head> readHead();
   // Bytes of the payload that were not read yet.
   [[nodiscard]] std::size_t remaining() const { return left; }

@@ -1,6 +1,6 @@
-// One file on its way into the folder where a chain stands: looked at before anything is written, then
-// filled, then shown if it is whole. The host announces a size: fewer bytes make no whole file, and
-// one byte more is not taken.
+// One file on its way into the folder where a chain stands: looked at before anything is written,
+// then filled, then shown if it is whole. The host announces a size: fewer bytes make no whole
+// file, and one byte more is not taken.
 // Lifetime: the chain stays where it is. Threads: one.
 #pragma once
 

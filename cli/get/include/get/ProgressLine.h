@@ -2,9 +2,9 @@
 //
 //   340.2 MiB of 1.0 GiB, 1204 of 20000 files, 610.5 MiB/s, 0:01 left
 //
-// Never wider than the terminal, of which the last column stays free: what does not fit is left out, from
-// the least telling to the bytes alone. It holds no names, so a column is a byte. Drawn at most ten
-// times a second. Threads: one.
+// Never wider than the terminal, of which the last column stays free: what does not fit is left
+// out, from the least telling to the bytes alone. It holds no names, so a column is a byte. Drawn
+// at most ten times a second. Threads: one.
 #pragma once
 
 #include <chrono>

@@ -2,8 +2,8 @@
 //
 // The stream is hostile. An entry that cannot be (an unsafe or too long name, below a file, behind
 // a link, named twice) fails by itself, and what follows of it is read and dropped. A stream that
-// breaks its own order (bytes without a file or past what was announced, a header that does not decode, an
-// unknown frame) fails as a whole: nothing after that can be believed.
+// breaks its own order (bytes without a file or past what was announced, a header that does not
+// decode, an unknown frame) fails as a whole: nothing after that can be believed.
 // Threads: one.
 #pragma once
 

@@ -1,10 +1,11 @@
 // One mount of a volume through libfuse's low-level interface.
 //
 // The adapter decodes, calls the volume and replies, exactly once for each request; it holds no
-// policy of the volume's. A request that waits for the host and is interrupted is answered EINTR, at
-// once when the signal ends the program (Ctrl-C), after a second when the program handles it; its
-// late result is dropped. Threads: the kernel's requests are taken by a few threads of the session's
-// own, which never wait for the host. Replies come from whichever thread brings the result.
+// policy of the volume's. A request that waits for the host and is interrupted is answered EINTR,
+// at once when the signal ends the program (Ctrl-C), after a second when the program handles it;
+// its late result is dropped. Threads: the kernel's requests are taken by a few threads of the
+// session's own, which never wait for the host. Replies come from whichever thread brings the
+// result.
 // Lifetime: every request under way keeps the session, so a late result always finds it.
 #pragma once
 

@@ -21,7 +21,7 @@ class DirectoryStream {
 
  private:
   struct Close {
-    void operator()(DIR* stream) const { ::closedir(stream); }
+    void operator()(DIR* opened) const { ::closedir(opened); }
   };
 
   explicit DirectoryStream(DIR* opened) : stream(opened) {}

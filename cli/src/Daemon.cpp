@@ -35,10 +35,11 @@ void leaveTerminal() {
 
 }  // namespace
 
-void Daemon::ready() {
+bool Daemon::ready() {
   leaveTerminal();
-  (void)!::write(parent.get(), &readyByte, 1);
+  const bool isTold = ::write(parent.get(), &readyByte, 1) == 1;
   parent.reset();
+  return isTold;
 }
 
 int Daemon::failed(const std::string& message) {

@@ -13,7 +13,9 @@ class Daemon {
  public:
   explicit Daemon(UniqueFd toParent) : parent(std::move(toParent)) {}
 
-  void ready();                            // lets the calling process return 0; leaves its terminal
+  // Lets the calling process return 0, and leaves its terminal. False when that process has gone
+  // before it could be told: whoever started it has taken it back, and the daemon has to end.
+  [[nodiscard]] bool ready();
   int failed(const std::string& message);  // the calling process prints it and returns 1
 
  private:

@@ -155,9 +155,10 @@ void keepReadBuffers() {
 }
 
 // Plays the part that the system plays elsewhere: probe, load, mount, activate, serve, and the way
-// back. `ready` is told once the mount serves. This process never touches what it serves.
+// back. `ready` is told once the mount serves, and says whether anybody still wants it. This process
+// never touches what it serves.
 int serveMount(const MountArguments& arguments, const std::string& path,
-               const MountOptions& options, const std::function<void()>& ready,
+               const MountOptions& options, const std::function<bool()>& ready,
                const std::function<int(const std::string&)>& report) {
   constexpr int patience = 500;  // milliseconds for the threads to see the end of a detached mount
   keepReadBuffers();
@@ -178,9 +179,8 @@ int serveMount(const MountArguments& arguments, const std::string& path,
   if (!session) return report(session.error());
   (*session)->serve([] { waiter.notifyUnmounted(); });
   const auto own = mountAt(path);
-  ready();
 
-  if (waiter.wait(-1) == EndWaiter::End::signal) {
+  if (!ready() || waiter.wait(-1) == EndWaiter::End::signal) {
     unmountThis(path, own);
     volume->cancelAll();
     (void)waiter.wait(patience);
@@ -215,15 +215,18 @@ int runMount(const MountArguments& arguments) {
   if (!path) return fail(path.error());
   if (arguments.foreground) {
     logToStandardError(arguments.debug);
-    return serveMount(
-        used, *path, options, [&] { warnWithoutHost(used.socket); },
-        [](const std::string& message) { return fail(message); });
+    const auto ready = [&] {
+      warnWithoutHost(used.socket);
+      return true;
+    };
+    return serveMount(used, *path, options, ready,
+                      [](const std::string& message) { return fail(message); });
   }
   const auto serve = [&](Daemon& daemon) {
     logToSystemLog();
     const auto ready = [&] {
       warnWithoutHost(used.socket);
-      daemon.ready();
+      return daemon.ready();
     };
     return serveMount(used, *path, options, ready,
                       [&](const std::string& message) { return daemon.failed(message); });

@@ -1,10 +1,14 @@
 // `tarnel mount` in the background, with and without a host.
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <utility>
 
 #include "CommandFixture.h"
+#include "control/UniqueFd.h"
 #include "support/Eventually.h"
 #include "support/MountFolder.h"
 #include "support/TestMount.h"
@@ -46,6 +50,39 @@ TEST_F(MountCommandTest, withoutAHostWarnsOnceAndFillsWhenOneComes) {
   EXPECT_NE(catMounted().status, 0);
   startHost();
   EXPECT_EQ(catMounted().out, "hello\n");
+}
+
+// A named pipe that is full: whoever prints into it waits until it is drained.
+class FullPipe {
+ public:
+  explicit FullPipe(std::string at) : path(std::move(at)) {
+    EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    ends = UniqueFd(::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    while (::write(ends.get(), "x", 1) == 1) {
+    }
+  }
+  void drain() const {
+    char bytes[4096];
+    while (::read(ends.get(), bytes, sizeof bytes) > 0) {
+    }
+  }
+  const std::string path;
+
+ private:
+  UniqueFd ends;
+};
+
+TEST_F(MountCommandTest, interruptedBeforeItIsReadyLeavesNoMount) {
+  const TempDir files;
+  const FullPipe error(files / "error");  // keeps the daemon at its warning that there is no host
+  Program program({"sh", "-c", R"(exec "$@" 2>"$0")", error.path, tarnelProgram(), "mount",
+                   "--socket", socket(), folder.path()});
+  ASSERT_TRUE(eventually([&] { return isMounted(folder.path()); }));
+  program.signal(SIGINT);
+  EXPECT_EQ(program.wait().status, 128 + SIGINT);
+  EXPECT_TRUE(isMounted(folder.path()));
+  error.drain();
+  EXPECT_TRUE(eventually([&] { return !isMounted(folder.path()); }));
 }
 
 TEST_F(MountCommandTest, optionsMayComeBeforeAndAfterTheFolder) {

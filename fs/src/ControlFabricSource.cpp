@@ -1,8 +1,8 @@
 #include "fs/ControlFabricSource.h"
 
-#include <algorithm>
 #include <utility>
 
+#include "control/AsciiCase.h"
 #include "control/Base64.h"
 
 namespace tarnel {
@@ -77,14 +77,6 @@ std::optional<Bytes> bytesOf(ControlResponse& response) {
   return base64::decodeInPlace(std::move(*response.dataBase64));
 }
 
-// ASCII letters are enough: no other character has a lower case that is a letter of the phrases.
-std::string lowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return text;
-}
-
 }  // namespace
 
 ControlFabricSource::ControlFabricSource(std::shared_ptr<DualControlClient> controlClient)
@@ -126,7 +118,7 @@ void ControlFabricSource::cancelAll() { client->cancelAll(); }
 
 FabricSourceError ControlFabricSource::classify(const std::optional<std::string>& message) {
   using Kind = FabricSourceError::Kind;
-  const std::string text = lowerCase(message.value_or(""));
+  const std::string text = asciiLower(message.value_or(""));
   const auto says = [&](std::string_view words) { return text.find(words) != std::string::npos; };
   if (says("is a directory")) return {Kind::isDirectory};
   if (says("not a directory")) return {Kind::notADirectory};

@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "control/AsciiCase.h"
 #include "control/Text.h"
 
 namespace tarnel {
@@ -37,8 +38,6 @@ constexpr std::array<std::string_view, 4> examples = {".example", ".sample", ".t
 // Longer than any name that is compared as a whole.
 constexpr std::size_t longest = 24;
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 template <std::size_t count>
 bool endsInOneOf(const std::array<std::string_view, count>& all, std::string_view text) {
   return std::any_of(all.begin(), all.end(),
@@ -49,15 +48,17 @@ bool isSecret(std::string_view name) {
   // Only the ends matter, so a long name costs no more than a short one.
   const std::size_t kept = std::min(name.size(), longest);
   std::array<char, longest> memory;
-  std::transform(name.end() - static_cast<std::ptrdiff_t>(kept), name.end(), memory.begin(), lower);
+  std::transform(name.end() - static_cast<std::ptrdiff_t>(kept), name.end(), memory.begin(),
+                 [](char c) { return asciiLower(c); });
   const std::string_view tail(memory.data(), kept);
   if (endsInOneOf(endings, tail)) return true;
   if (name.size() == kept && std::find(names.begin(), names.end(), tail) != names.end()) {
     return true;
   }
-  const bool isEnvironment = name.size() > environment.size() &&
-                             std::equal(environment.begin(), environment.end(), name.begin(),
-                                        [](char expected, char c) { return expected == lower(c); });
+  const bool isEnvironment =
+      name.size() > environment.size() &&
+      std::equal(environment.begin(), environment.end(), name.begin(),
+                 [](char expected, char c) { return expected == asciiLower(c); });
   return isEnvironment && !endsInOneOf(examples, tail);
 }
 

@@ -8,6 +8,7 @@
 #include "FileBytes.h"
 #include "HostProbe.h"
 #include "Refusals.h"
+#include "control/AsciiCase.h"
 #include "control/Base64.h"
 
 namespace tarnel {
@@ -186,10 +187,8 @@ CheckVerdict whatIsNotThereCannotBeRead(HostProbe& host) {
   return isRefusedAs(host, readRequest(below(share, "no-such-name-here"), 0, 16), {Kind::notFound});
 }
 
-bool saysMissing(std::string message) {
-  for (char& c : message) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
+bool saysMissing(const std::string& said) {
+  const std::string message = asciiLower(said);
   for (const char* const words : {"no such", "not found", "does not exist", "missing"}) {
     if (message.find(words) != std::string::npos) return true;
   }

@@ -1,8 +1,8 @@
 #include "get/CopyError.h"
 
-#include <algorithm>
 #include <array>
 
+#include "control/AsciiCase.h"
 #include "control/ErrnoName.h"
 
 namespace tarnel {
@@ -28,10 +28,7 @@ std::string description(const CopyError& error) {
 
 CopyError refusalError(std::string_view message) {
   std::string text(message.substr(0, maxDetailBytes));
-  std::string lower = text;
-  std::ranges::transform(lower, lower.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
+  const std::string lower = asciiLower(text);
   for (const Phrase& phrase : phrases) {
     if (lower.find(phrase.words) == std::string::npos) continue;
     // The phrase alone says no more than the number.

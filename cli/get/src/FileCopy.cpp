@@ -4,14 +4,10 @@
 #include <utility>
 
 #include "control/ControlStreamFrame.h"
-#include "control/Text.h"
 #include "get/IncomingFile.h"
 
 namespace tarnel {
 namespace {
-
-constexpr std::size_t maxMessageBytes = 1'000;
-constexpr int maxEmptyFrames = 1'000;
 
 CopyResult<void> append(CopyContext& context, IncomingFile& file, BytesView bytes) {
   if (!file.takes(bytes.size())) return copyFailure(EIO, "more bytes than announced");
@@ -28,11 +24,11 @@ CopyResult<void> receiveStream(CopyContext& context, IncomingFile& file) {
     if (!head) return std::unexpected(head.error());
     if (head->tag == ControlStreamFrame::eof) return {};
     if (head->tag == ControlStreamFrame::error || head->tag == ControlStreamFrame::fileError) {
-      const auto message = stream.readText(maxMessageBytes);
-      return std::unexpected(message ? refusalError(repairedUtf8(*message)) : message.error());
+      const auto refusal = stream.readRefusal();
+      return std::unexpected(refusal ? *refusal : refusal.error());
     }
     if (head->tag != ControlStreamFrame::data) return copyFailure(EIO, "an unknown frame");
-    if (head->length == 0 && ++emptyFrames > maxEmptyFrames)
+    if (head->length == 0 && ++emptyFrames > HostStream::maxEmptyFrames)
       return copyFailure(EIO, "empty frames");
     if (!file.takes(head->length)) return copyFailure(EIO, "more bytes than announced");
     while (stream.remaining() > 0) {

@@ -13,6 +13,7 @@
 #include "control/ControlStreamFrame.h"
 #include "control/ControlWire.h"
 #include "control/PosixSocket.h"
+#include "control/Text.h"
 #include "control/UnixSocket.h"
 
 namespace tarnel {
@@ -170,6 +171,13 @@ CopyResult<Bytes> HostStream::readText(std::size_t limit) {
     text.append(piece->substr(0, limit - text.size()));
   }
   return text;
+}
+
+CopyResult<CopyError> HostStream::readRefusal() {
+  constexpr std::size_t maxMessageBytes = 1'000;
+  const auto message = readText(maxMessageBytes);
+  if (!message) return std::unexpected(message.error());
+  return refusalError(repairedUtf8(*message));
 }
 
 }  // namespace tarnel

@@ -5,7 +5,6 @@
 
 #include "control/ControlStreamFrame.h"
 #include "control/JsonReader.h"
-#include "control/Text.h"
 #include "fs/FabricLocation.h"
 
 namespace tarnel {
@@ -62,8 +61,8 @@ CopyResult<bool> TreeCopy::nextFrame() {
       finishCurrent();
       return false;
     case ControlStreamFrame::error: {
-      const auto message = stream.readText(maxMessageBytes);
-      return std::unexpected(message ? refusalError(repairedUtf8(*message)) : message.error());
+      const auto refusal = stream.readRefusal();
+      return std::unexpected(refusal ? *refusal : refusal.error());
     }
     default:
       return broken("an unknown frame");
@@ -135,7 +134,8 @@ std::unexpected<CopyError> TreeCopy::lose(const CopyError& error) {
 CopyResult<void> TreeCopy::takeData() {
   HostStream& stream = context.source.stream();
   if (!current || header.kind != TreeHeader::Kind::file) return broken("bytes without a file");
-  if (stream.remaining() == 0 && ++emptyFrames > maxEmptyFrames) return broken("empty frames");
+  if (stream.remaining() == 0 && ++emptyFrames > HostStream::maxEmptyFrames)
+    return broken("empty frames");
   if (static_cast<std::int64_t>(stream.remaining()) > current->left) {
     current.reset();
     return broken("more bytes than announced");
@@ -155,10 +155,10 @@ CopyResult<void> TreeCopy::takeData() {
 }
 
 CopyResult<void> TreeCopy::takeFileError() {
-  const auto message = context.source.stream().readText(maxMessageBytes);
-  if (!message) return std::unexpected(message.error());
+  const auto refusal = context.source.stream().readRefusal();
+  if (!refusal) return std::unexpected(refusal.error());
   if (!current) return broken("the failure of no file");
-  failEntry(refusalError(repairedUtf8(*message)));
+  failEntry(*refusal);
   current.reset();
   return {};
 }

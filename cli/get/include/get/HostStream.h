@@ -26,6 +26,8 @@ namespace tarnel {
 class HostStream {
  public:
   static constexpr std::size_t bufferBytes = 262'144;
+  // Frames of a stream that carry nothing; a host that sends more means it to have no end.
+  static constexpr int maxEmptyFrames = 1'000;
 
   using Head = ControlStreamFrame::Head;
 
@@ -51,6 +53,9 @@ class HostStream {
   [[nodiscard]] CopyResult<BytesView> readPiece();
   // The rest of the payload, cut to `limit` bytes.
   [[nodiscard]] CopyResult<Bytes> readText(std::size_t limit);
+
+  // The rest of an error frame's payload, as the failure that it tells.
+  [[nodiscard]] CopyResult<CopyError> readRefusal();
 
   // Gives the connection up, in the midst of whatever it does.
   void drop();

@@ -31,8 +31,6 @@ class TreeCopy {
 
  private:
   static constexpr std::size_t maxHeaderBytes = 1 << 20;
-  static constexpr std::size_t maxMessageBytes = 1'000;
-  static constexpr int maxEmptyFrames = 1'000;
   static constexpr int maxUnsafeNames = 1'000;
 
   // What the stream is about to bring.

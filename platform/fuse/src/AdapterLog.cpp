@@ -3,7 +3,10 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "control/Printable.h"
 #include "seam/VolumeLog.h"
@@ -37,21 +40,21 @@ class SystemLog final : public TextLog {
   }
 };
 
-TextLog* ownLog = nullptr;  // set once, before the first mount
+TextLog* ownLog = nullptr;  // set before the first mount
+
+// For good: a log is never destroyed (VolumeLog.h), nor is one that another follows.
+void use(std::unique_ptr<TextLog> log) {
+  static auto& kept = *new std::vector<std::unique_ptr<TextLog>>;
+  kept.push_back(std::move(log));
+  ownLog = kept.back().get();
+  setLog(*ownLog);
+}
 
 }  // namespace
 
-void logToStandardError(bool debug) {
-  auto& log = *new StandardErrorLog(debug);  // never destroyed: VolumeLog.h
-  ownLog = &log;
-  setLog(log);
-}
+void logToStandardError(bool debug) { use(std::make_unique<StandardErrorLog>(debug)); }
 
-void logToSystemLog() {
-  auto& log = *new SystemLog;  // never destroyed: VolumeLog.h
-  ownLog = &log;
-  setLog(log);
-}
+void logToSystemLog() { use(std::make_unique<SystemLog>()); }
 
 void logLeftOutNames(std::string_view directory, std::size_t count) {
   if (ownLog == nullptr) return;

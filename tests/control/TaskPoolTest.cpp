@@ -56,6 +56,7 @@ std::ptrdiff_t threadsOfThisProcess() {
 }
 
 TEST(TaskPool, releasingItEndsItsThreads) {
+  std::thread([] {}).join();  // the first thread may bring others, a sanitizer's, that stay
   const std::ptrdiff_t before = threadsOfThisProcess();
   {
     TaskPool pool(4);

@@ -127,8 +127,7 @@ std::expected<void, ControlClientError> ControlClient::writeAll(BytesView bytes)
 }
 
 std::expected<void, ControlClientError> ControlClient::refill() {
-  if (buffer.size() == 0 && !sleepUntilReadable(fd, deadline)) return nothingMoved();
-  if (buffer.fill(fd) > 0) return {};
+  if (buffer.fill(fd, deadline) > 0) return {};
   return nothingMoved();
 }
 

@@ -6,9 +6,12 @@
 #include <cstring>
 #include <utility>
 
+#include "control/PosixSocket.h"
+
 namespace tarnel {
 
-ssize_t ReceiveBuffer::fill(int fd) {
+ssize_t ReceiveBuffer::fill(int fd, timeval limit) {
+  if (size() == 0 && !sleepUntilReadable(fd, limit)) return -1;
   const std::size_t before = bytes.size();
   // The next line is probably about as long as the last. Past that, grows by half at least, so that
   // a line in many pieces is copied a bounded number of times.

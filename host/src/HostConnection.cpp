@@ -19,7 +19,6 @@ void HostConnection::serve() {
       continue;
     }
     if (received.size() >= ControlWire::maxFrameBytes) return;
-    if (received.size() == 0) (void)sleepUntilReadable(fd, {});
     const ssize_t count = received.fill(fd);
     if (count == 0 || (count < 0 && errno != EINTR)) return;
   }

@@ -13,6 +13,7 @@ namespace tarnel {
 class DualControlClient {
  public:
   // Time limits in seconds. The channels are labelled label + ".metadata" and label + ".bulk".
+  // The decoders are for metadata alone: what comes by bulk is small enough for its own thread.
   DualControlClient(const std::string& socketPath, double metadataTimeout, double bulkTimeout,
                     const std::string& label, std::shared_ptr<TaskPool> decoders = nullptr);
 

@@ -5,6 +5,7 @@
 // buffer, one thread.
 #pragma once
 
+#include <sys/time.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -19,8 +20,10 @@ class ReceiveBuffer {
   // The most bytes that one read asks for.
   static constexpr std::size_t readSize = 65'536;
 
-  // One read of at most readSize bytes, appended. What read() returned; errno as it left it.
-  [[nodiscard]] ssize_t fill(int fd);
+  // One read of at most readSize bytes, appended. What read() returned; errno as it left it. While
+  // nothing is held the bytes are probably not there yet: then it sleeps until they are, for the
+  // limit at the most, of which zero is none (sleepUntilReadable).
+  [[nodiscard]] ssize_t fill(int fd, timeval limit = {});
   void append(BytesView bytes);
 
   // The bytes before the first line feed, which is consumed with them; nullopt if there is none.

@@ -127,7 +127,7 @@ std::expected<void, ControlClientError> ControlClient::writeAll(BytesView bytes)
 }
 
 std::expected<void, ControlClientError> ControlClient::refill() {
-  if (buffer.fill(fd, deadline) > 0) return {};
+  if (buffer.awaitAndFill(fd, deadline) > 0) return {};
   return nothingMoved();
 }
 

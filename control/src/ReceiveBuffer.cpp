@@ -10,8 +10,7 @@
 
 namespace tarnel {
 
-ssize_t ReceiveBuffer::fill(int fd, timeval limit) {
-  if (size() == 0 && !sleepUntilReadable(fd, limit)) return -1;
+ssize_t ReceiveBuffer::fill(int fd) {
   const std::size_t before = bytes.size();
   // The next line is probably about as long as the last. Past that, grows by half at least, so that
   // a line in many pieces is copied a bounded number of times.
@@ -24,6 +23,11 @@ ssize_t ReceiveBuffer::fill(int fd, timeval limit) {
     return got > 0 ? before + static_cast<std::size_t>(got) : before;
   });
   return got;
+}
+
+ssize_t ReceiveBuffer::awaitAndFill(int fd, timeval limit) {
+  if (size() == 0 && !sleepUntilReadable(fd, limit)) return -1;
+  return fill(fd);
 }
 
 void ReceiveBuffer::append(BytesView more) { bytes.append(more); }

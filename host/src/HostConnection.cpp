@@ -19,7 +19,7 @@ void HostConnection::serve() {
       continue;
     }
     if (received.size() >= ControlWire::maxFrameBytes) return;
-    const ssize_t count = received.fill(fd);
+    const ssize_t count = received.awaitAndFill(fd, {});
     if (count == 0 || (count < 0 && errno != EINTR)) return;
   }
 }

@@ -2,11 +2,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "MemoryLeft.h"
+#include "control/PosixSocket.h"
 #include "control/ReceiveBuffer.h"
 #include "control/UniqueFd.h"
 #include "support/Sanitized.h"
@@ -145,6 +148,22 @@ TEST_F(ReceiveBufferFill, theEndOfTheStreamAndAnErrorLeaveTheBufferAsItWas) {
   EXPECT_EQ(buffer.fill(-1), -1);
   EXPECT_EQ(errno, EBADF);
   EXPECT_EQ(buffer.view(), "kept");
+}
+
+TEST_F(ReceiveBufferFill, sleepsOnlyWhenItIsAskedTo) {
+  setNonBlocking(readEnd.get(), true);
+  EXPECT_EQ(buffer.fill(readEnd.get()), -1);
+  EXPECT_EQ(errno, EAGAIN);
+  EXPECT_EQ(buffer.awaitAndFill(readEnd.get(), {.tv_sec = 0, .tv_usec = 1'000}), -1);
+  EXPECT_EQ(errno, EAGAIN);
+#ifdef __linux__  // elsewhere read() does the sleeping, which this one cannot
+  std::thread late([this] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(::write(writeEnd.get(), "x", 1), 1);
+  });
+  EXPECT_EQ(buffer.awaitAndFill(readEnd.get(), {}), 1);
+  late.join();
+#endif
 }
 
 }  // namespace

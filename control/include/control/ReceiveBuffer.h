@@ -20,10 +20,11 @@ class ReceiveBuffer {
   // The most bytes that one read asks for.
   static constexpr std::size_t readSize = 65'536;
 
-  // One read of at most readSize bytes, appended. What read() returned; errno as it left it. While
-  // nothing is held the bytes are probably not there yet: then it sleeps until they are, for the
-  // limit at the most, of which zero is none (sleepUntilReadable).
-  [[nodiscard]] ssize_t fill(int fd, timeval limit = {});
+  // One read of at most readSize bytes, appended. What read() returned; errno as it left it.
+  [[nodiscard]] ssize_t fill(int fd);
+  // The same for a blocking socket. While nothing is held the bytes are probably not there yet: then
+  // it sleeps until they are, for the limit at the most, of which zero is none (sleepUntilReadable).
+  [[nodiscard]] ssize_t awaitAndFill(int fd, timeval limit);
   void append(BytesView bytes);
 
   // The bytes before the first line feed, which is consumed with them; nullopt if there is none.

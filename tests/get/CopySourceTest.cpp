@@ -13,6 +13,7 @@ class CopySourceTest : public testing::Test {
   static constexpr const char* docs = "me/Docs";
   static constexpr double hasty = 0.05;
   const TreeHost::Question listing{.op = ControlOp::list, .path = docs};
+  const TreeHost::Question status{.op = ControlOp::stat, .path = docs};
 
   CopySourceTest() { host.file("me/Docs/a", "hello", 1'700'000'000'005); }
 
@@ -40,6 +41,26 @@ TEST_F(CopySourceTest, aListingThatWasNotWaitedForIsAskedForAgain) {
   EXPECT_EQ(impatient.error().error, ETIMEDOUT);
   host.answerAsUsual();
   EXPECT_EQ(source.timeOf(docs, "a"), 1'700'000'000'005);
+}
+
+TEST_F(CopySourceTest, aHostThatStaysSilentIsNotAskedForEver) {
+  host.answer(status, HostReply().stall());
+  for (int i = 0; i < HostStream::maxSilences + 2; ++i) {
+    const auto silent = source.stat(docs, hasty);
+    ASSERT_FALSE(silent);
+    EXPECT_EQ(silent.error().error, ETIMEDOUT);
+    EXPECT_EQ(silent.error().detail, "control socket timed out");
+  }
+  EXPECT_LE(host.asked(status), unsigned{HostStream::maxSilences});
+}
+
+TEST_F(CopySourceTest, aHostThatAnswersNowAndThenIsAskedOn) {
+  for (int i = 0; i < HostStream::maxSilences; ++i) {
+    host.answer(status, HostReply().stall());
+    EXPECT_FALSE(source.stat(docs, hasty));
+    host.answerAsUsual();
+    EXPECT_TRUE(source.stat(docs));
+  }
 }
 
 TEST(CopySourceStream, aHostThatHungUpIsCalledAgain) {

@@ -35,9 +35,8 @@ CopySource::CopySource(const std::string& socketPath, Interruption& interruption
 CopyResult<Bytes> CopySource::question(HostStream& connection, const ControlRequest& request,
                                        double deadline, std::size_t maxBytes) {
   const auto asked = connection.ask(request, deadline);
-  auto line = asked ? connection.readLine(maxBytes) : std::unexpected(asked.error());
-  silences = !line && line.error().error == ETIMEDOUT ? silences + 1 : 0;
-  return line;
+  if (!asked) return std::unexpected(asked.error());
+  return connection.readLine(maxBytes);
 }
 
 CopyResult<HostEntry> CopySource::stat(const std::string& path, double deadline) {
@@ -83,8 +82,6 @@ void CopySource::forgetListings() {
 }
 
 CopyResult<std::int64_t> CopySource::timeOf(const std::string& folder, std::string_view name) {
-  // Every folder of a tree would wait for its time-out again.
-  if (silences >= maxSilences) return copyFailure(ETIMEDOUT);
   const auto listing = list(folder);
   if (listing) {
     if (const auto index = (*listing)->find(name)) return (*listing)->entry(*index).mtimeMs;

@@ -53,6 +53,12 @@ std::unexpected<CopyError> HostStream::lost(CopyError error) {
   return std::unexpected(std::move(error));
 }
 
+std::unexpected<CopyError> HostStream::lostSocket(bool timedOut) {
+  if (!timedOut) return lost(connectionError(Kind::connectionClosed, ENOTCONN));
+  ++silences;
+  return lost(connectionError(Kind::timedOut, ETIMEDOUT));
+}
+
 CopyResult<void> HostStream::connect() {
   const auto fd = connectUnixSocket(socketPath);
   if (!fd) return copyFailure(ENOTCONN, description(fd.error()));
@@ -65,6 +71,7 @@ CopyResult<void> HostStream::connect() {
 CopyResult<void> HostStream::ask(const ControlRequest& request, double deadline) {
   const auto frame = ControlWire::encode(request);
   if (!frame) return copyFailure(EILSEQ);  // a name that is not UTF-8 cannot be asked for
+  if (silences >= maxSilences) return std::unexpected(connectionError(Kind::timedOut, ETIMEDOUT));
   if (socket.valid() && (begin != end || left != 0 || !isQuiet(socket.get()))) drop();
   if (!socket.valid()) {
     if (auto connected = connect(); !connected) return connected;
@@ -80,8 +87,7 @@ CopyResult<void> HostStream::writeAll(BytesView bytes) {
   while (!bytes.empty()) {
     const ssize_t written = writeWithoutSignal(socket.get(), bytes);
     if (written <= 0) {
-      return lost(errno == EAGAIN ? connectionError(Kind::timedOut, ETIMEDOUT)
-                                  : connectionError(Kind::connectionClosed, ENOTCONN));
+      return lostSocket(errno == EAGAIN);
     }
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
@@ -94,10 +100,10 @@ CopyResult<void> HostStream::fill(std::size_t limit) {
   const ssize_t got = ::read(socket.get(), buffer.get() + end, std::min(limit, bufferBytes - end));
   if (got > 0) {
     end += static_cast<std::size_t>(got);
+    silences = 0;
     return {};
   }
-  return lost(got < 0 && errno == EAGAIN ? connectionError(Kind::timedOut, ETIMEDOUT)
-                                         : connectionError(Kind::connectionClosed, ENOTCONN));
+  return lostSocket(got < 0 && errno == EAGAIN);
 }
 
 CopyResult<void> HostStream::need(std::size_t count) {

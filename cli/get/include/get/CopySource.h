@@ -65,7 +65,6 @@ class CopySource {
   static constexpr std::size_t maxKept = 64;
   // Of every answer but a listing: what becomes records may take several times its text.
   static constexpr std::size_t maxAnswer = 1 << 20;
-  static constexpr int maxSilences = 2;
 
   [[nodiscard]] CopyResult<bool> open(const ControlRequest& request, bool& served);
   [[nodiscard]] CopyResult<Bytes> question(HostStream& connection, const ControlRequest& request,
@@ -75,7 +74,6 @@ class CopySource {
   HostStream bytes;
   HostStream questions;
   std::list<Kept> kept;  // the last asked first; refusals too
-  int silences = 0;      // time-outs in a row
   bool treesServed = true;
   bool filesServed = true;
 };

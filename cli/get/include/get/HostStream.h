@@ -6,7 +6,8 @@
 // The host is not trusted: a frame's length is bounded before its payload is read, and a connection
 // on which bytes stand that no request asked for is given up before the next request, since every
 // later answer on it would be another's. So is one that the host has closed meanwhile. After any
-// failure the connection is gone; the next request makes a new one.
+// failure the connection is gone; the next request makes a new one. A host that was silent
+// maxSilences times in a row is not asked any more: each file of a copy would wait for its time-out.
 // Threads: one; an Interruption wakes it.
 #pragma once
 
@@ -28,6 +29,7 @@ class HostStream {
   static constexpr std::size_t bufferBytes = 262'144;
   // Frames of a stream that carry nothing; a host that sends more means it to have no end.
   static constexpr int maxEmptyFrames = 1'000;
+  static constexpr int maxSilences = 3;
 
   using Head = ControlStreamFrame::Head;
 
@@ -68,6 +70,7 @@ class HostStream {
   // One read into the buffer, behind what it holds, of at most `limit` bytes.
   [[nodiscard]] CopyResult<void> fill(std::size_t limit);
   [[nodiscard]] std::unexpected<CopyError> lost(CopyError error);
+  [[nodiscard]] std::unexpected<CopyError> lostSocket(bool timedOut);
   [[nodiscard]] BytesView buffered() const { return {buffer.get() + begin, end - begin}; }
 
   const std::string socketPath;
@@ -78,6 +81,7 @@ class HostStream {
   std::size_t end = 0;
   std::size_t left = 0;
   double currentDeadline = 0;
+  int silences = 0;  // time-outs in a row
 };
 
 }  // namespace tarnel

@@ -4,7 +4,7 @@
 #include <pwd.h>
 
 #include <cerrno>
-#include <optional>
+#include <utility>
 #include <vector>
 
 #include "control/Text.h"
@@ -16,10 +16,9 @@ namespace {
 constexpr std::size_t firstBuffer = 4'096;
 constexpr std::size_t largestBuffer = 1'048'576;  // a group's record lists its members
 
-// ask(buffer, size, name) returns what getpwuid_r does. nullopt when the system had no means to
-// look.
+// ask(buffer, size, name) returns what getpwuid_r does.
 template <class Ask>
-std::optional<std::string> nameOrNumber(unsigned long number, Ask ask) {
+std::optional<std::string> nameOrNumber(id_t number, Ask ask) {
   const char* name = nullptr;
   std::vector<char> buffer;
   int error = ERANGE;
@@ -32,7 +31,7 @@ std::optional<std::string> nameOrNumber(unsigned long number, Ask ask) {
   return name;
 }
 
-std::optional<std::string> askOwner(uid_t uid) {
+std::optional<std::string> askOwner(id_t uid) {
   return nameOrNumber(uid, [uid](char* buffer, std::size_t size, const char*& name) {
     passwd record;
     passwd* found = nullptr;
@@ -42,7 +41,7 @@ std::optional<std::string> askOwner(uid_t uid) {
   });
 }
 
-std::optional<std::string> askGroup(gid_t gid) {
+std::optional<std::string> askGroup(id_t gid) {
   return nameOrNumber(gid, [gid](char* buffer, std::size_t size, const char*& name) {
     ::group record;
     ::group* found = nullptr;
@@ -54,26 +53,17 @@ std::optional<std::string> askGroup(gid_t gid) {
 
 }  // namespace
 
-std::string AccountNames::owner(uid_t uid) {
-  {
-    MutexLock hold(lock);
-    if (const auto known = owners.find(uid); known != owners.end()) return known->second;
-  }
-  auto name = askOwner(uid);
-  if (!name) return std::to_string(uid);
-  MutexLock hold(lock);
-  return owners.try_emplace(uid, std::move(*name)).first->second;
-}
+AccountNames::AccountNames() : owners(askOwner), groups(askGroup) {}
 
-std::string AccountNames::group(gid_t gid) {
+std::string AccountNames::Known::name(id_t id) {
   {
     MutexLock hold(lock);
-    if (const auto known = groups.find(gid); known != groups.end()) return known->second;
+    if (const auto known = names.find(id); known != names.end()) return known->second;
   }
-  auto name = askGroup(gid);
-  if (!name) return std::to_string(gid);
+  auto name = ask(id);
+  if (!name) return std::to_string(id);
   MutexLock hold(lock);
-  return groups.try_emplace(gid, std::move(*name)).first->second;
+  return names.try_emplace(id, std::move(*name)).first->second;
 }
 
 }  // namespace tarnel

@@ -7,6 +7,7 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -16,13 +17,28 @@ namespace tarnel {
 
 class AccountNames {
  public:
-  [[nodiscard]] std::string owner(uid_t uid);
-  [[nodiscard]] std::string group(gid_t gid);
+  AccountNames();
+
+  [[nodiscard]] std::string owner(uid_t uid) { return owners.name(uid); }
+  [[nodiscard]] std::string group(gid_t gid) { return groups.name(gid); }
 
  private:
-  Mutex lock;  // guards both maps; never held across a question to the system
-  std::unordered_map<uid_t, std::string> owners GUARDED_BY(lock);
-  std::unordered_map<gid_t, std::string> groups GUARDED_BY(lock);
+  class Known {
+   public:
+    // nullopt when the system had no means to look.
+    using Ask = std::optional<std::string> (*)(id_t id);
+
+    explicit Known(Ask question) : ask(question) {}
+    [[nodiscard]] std::string name(id_t id);
+
+   private:
+    const Ask ask;
+    Mutex lock;  // guards the names; never held across a question to the system
+    std::unordered_map<id_t, std::string> names GUARDED_BY(lock);
+  };
+
+  Known owners;
+  Known groups;
 };
 
 }  // namespace tarnel

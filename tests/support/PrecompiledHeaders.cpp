@@ -1,0 +1,1 @@
+// Empty: its target holds the headers that the sources of the tests have in common.

@@ -58,6 +58,13 @@ ScriptedHost::ScriptedHost() : socketPath(folder / "host.sock") { listen(); }
 ScriptedHost::ScriptedHost(std::string path) : socketPath(std::move(path)) { listen(); }
 
 ScriptedHost::~ScriptedHost() {
+  // A client that gave up early may have been quicker than this host: its request is still to come.
+  (void)eventually(
+      [this] {
+        MutexLock hold(lock);
+        return script.empty();
+      },
+      std::chrono::seconds(3));
   (void)!::write(stopped.writeEnd.get(), "x", 1);
   if (accepting.joinable()) accepting.join();
   release();

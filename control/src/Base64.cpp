@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "Base64Avx2.h"
+#include "Base64Pieces.h"
 #include "Base64Plain.h"
 #include "Base64Vbmi.h"
 #include "SlashEscape.h"
@@ -12,9 +13,10 @@
 namespace tarnel::base64 {
 namespace {
 
+constexpr std::size_t encodedSize(std::size_t bytes) { return (bytes + 2) / 3 * 4; }
+
 char* encodeInto(BytesView bytes, char* to) {
   std::size_t done = 0;
-  to = vbmi::encode(bytes, done, to);
   to = avx2::encode(bytes, done, to);
   return plain::encode(bytes.substr(done), to);
 }
@@ -31,7 +33,7 @@ bool decodeInto(std::string_view text, char* to) {
 
 std::string encode(BytesView bytes) {
   std::string out;
-  const std::size_t size = (bytes.size() + 2) / 3 * 4;
+  const std::size_t size = encodedSize(bytes.size());
   // The size that the callback is given is not used: libstdc++ 12 passes the capacity there.
   out.resize_and_overwrite(size, [&](char* data, std::size_t) {
     encodeInto(bytes, data);
@@ -41,20 +43,24 @@ std::string encode(BytesView bytes) {
 }
 
 void encodeEscapedTo(BytesView bytes, std::string& out) {
-  // In pieces that stay in the innermost cache between the two steps.
+  const std::size_t before = out.size();
+  const std::size_t most = before + 2 * encodedSize(bytes.size());
+  if (out.capacity() < most) out.reserve(std::max(most, 2 * before));
+  out.resize_and_overwrite(most, [&](char* data, std::size_t) {
+    std::size_t done = 0;
+    char* const to = vbmi::encodeEscaped(bytes, done, data + before);
+    return static_cast<std::size_t>(encodeEscapedInPieces(bytes.substr(done), to) - data);
+  });
+}
+
+char* encodeEscapedInPieces(BytesView bytes, char* to) {
   constexpr std::size_t piece = 6 * 1024;
-  std::array<char, piece / 3 * 4> text;
-  while (!bytes.empty()) {
-    const BytesView part = bytes.substr(0, piece);
-    bytes.remove_prefix(part.size());
-    const std::string_view encoded(text.data(), encodeInto(part, text.data()));
-    const std::size_t before = out.size();
-    const std::size_t most = before + 2 * encoded.size();
-    if (out.capacity() < most) out.reserve(std::max(most, 2 * before));
-    out.resize_and_overwrite(most, [&](char* data, std::size_t) {
-      return static_cast<std::size_t>(escapeSlashes(encoded, data + before) - data);
-    });
+  std::array<char, encodedSize(piece)> text;
+  for (std::size_t done = 0; done < bytes.size(); done += piece) {
+    const char* const end = encodeInto(bytes.substr(done, piece), text.data());
+    to = escapeSlashes({text.data(), end}, to);
   }
+  return to;
 }
 
 std::optional<Bytes> decode(std::string_view text) { return decodeInPlace(std::string(text)); }

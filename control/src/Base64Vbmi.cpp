@@ -7,9 +7,11 @@
 #include <immintrin.h>
 
 #include <array>
+#include <bit>
 #include <cstdint>
 
-#define TARNEL_VBMI __attribute__((target("avx512f,avx512bw,avx512vbmi")))
+#define TARNEL_VBMI \
+  __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi2,popcnt")))
 
 namespace tarnel::base64::vbmi {
 namespace {
@@ -53,20 +55,50 @@ constexpr std::array<char, 64> decodePack = [] {
 }();
 
 bool available() {
-  static const bool has =
-      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw");
+  static const bool has = __builtin_cpu_supports("avx512vbmi") &&
+                          __builtin_cpu_supports("avx512vbmi2") &&
+                          __builtin_cpu_supports("avx512bw") &&
+                          __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("bmi2");
   return has;
+}
+
+// Where 32 characters go when each slash among them takes two places, a backslash before its own:
+// one bit for each place, set for a character.
+TARNEL_VBMI std::uint64_t placesOf(std::uint32_t slashes) {
+  // Two bits for each character: the odd one its own, the even one a backslash's, kept for a slash.
+  constexpr std::uint64_t characters = 0xAAAAAAAAAAAAAAAAu;
+  constexpr std::uint64_t backslashes = 0x5555555555555555u;
+  return _pext_u64(characters, characters | _pdep_u64(slashes, backslashes));
 }
 
 TARNEL_VBMI char* encodeAll(std::string_view bytes, std::size_t& i, char* to) {
   const __m512i shuffle = _mm512_loadu_si512(encodeShuffle.data());
   const __m512i characters = _mm512_loadu_si512(alphabet);
   const __m512i shifts = _mm512_set1_epi64(0x3036242a1016040a);
-  // A step loads 64 bytes, of which it uses 48.
-  for (; i + charactersAStep <= bytes.size(); i += bytesAStep, to += charactersAStep) {
+  // A step loads 64 bytes and fills at most 64 places: with 56 characters when they fit, as they
+  // nearly always do, and else with 32.
+  constexpr int few = 32;
+  constexpr int many = 56;
+  while (i + charactersAStep <= bytes.size()) {
     const __m512i in = _mm512_permutexvar_epi8(shuffle, _mm512_loadu_si512(bytes.data() + i));
     const __m512i indices = _mm512_multishift_epi64_epi8(shifts, in);
-    _mm512_storeu_si512(to, _mm512_permutexvar_epi8(indices, characters));
+    const __m512i text = _mm512_permutexvar_epi8(indices, characters);
+    const std::uint64_t slashes = _mm512_cmpeq_epi8_mask(text, _mm512_set1_epi8('/'));
+    const auto firstSlashes = static_cast<std::uint32_t>(slashes);
+    const auto laterSlashes = static_cast<std::uint32_t>(slashes >> few);
+    std::uint64_t places = placesOf(firstSlashes);
+    int taken = few;
+    int filled = few + std::popcount(firstSlashes);
+    const int filledByMany = many + std::popcount(slashes << (64 - many));
+    if (filledByMany <= 64) {
+      places |= placesOf(laterSlashes) << filled;
+      taken = many;
+      filled = filledByMany;
+    }
+    // 64 bytes: within twice the text, since no more than twice the done part is before it.
+    _mm512_storeu_si512(to, _mm512_mask_expand_epi8(_mm512_set1_epi8('\\'), places, text));
+    i += static_cast<std::size_t>(taken / 4 * 3);
+    to += filled;
   }
   return to;
 }
@@ -88,7 +120,7 @@ TARNEL_VBMI char* decodeAll(std::string_view text, std::size_t& i, char* to) {
 
 }  // namespace
 
-char* encode(std::string_view bytes, std::size_t& i, char* to) {
+char* encodeEscaped(std::string_view bytes, std::size_t& i, char* to) {
   return available() ? encodeAll(bytes, i, to) : to;
 }
 
@@ -102,7 +134,7 @@ char* decode(std::string_view text, std::size_t& i, char* to) {
 
 namespace tarnel::base64::vbmi {
 
-char* encode(std::string_view, std::size_t&, char* to) { return to; }
+char* encodeEscaped(std::string_view, std::size_t&, char* to) { return to; }
 char* decode(std::string_view, std::size_t&, char* to) { return to; }
 
 }  // namespace tarnel::base64::vbmi

@@ -9,17 +9,6 @@
 namespace tarnel {
 
 char* escapeSlashes(std::string_view text, char* to) {
-  std::size_t done = 0;
-  to = vbmi2::escapeSlashes(text, done, to);
-  return plain::escapeSlashes(text.substr(done), to);
-}
-
-const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {
-  p = vbmi2::copyPlain(p, end, to, nonAscii);
-  return plain::copyPlain(p, end, to, nonAscii);
-}
-
-char* plain::escapeSlashes(std::string_view text, char* to) {
   while (true) {
     const std::size_t slash = std::min(text.find('/'), text.size());
     to = std::copy_n(text.data(), slash, to);
@@ -28,6 +17,11 @@ char* plain::escapeSlashes(std::string_view text, char* to) {
     *to++ = '/';
     text.remove_prefix(slash + 1);
   }
+}
+
+const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {
+  p = vbmi2::copyPlain(p, end, to, nonAscii);
+  return plain::copyPlain(p, end, to, nonAscii);
 }
 
 const char* plain::copyPlain(const char* p, const char* end, char*& to, bool& nonAscii) {

@@ -1,6 +1,7 @@
 // The one escape that the long strings of the protocol are full of: "\/" for "/". In base64 about
 // one character in 64 is a slash, so both directions stand on the road of every read, and a branch
-// for each slash is what costs: where the processor has AVX-512 VBMI2 there is none.
+// for each slash is what costs. Where the processor has AVX-512 VBMI2 there is none; there base64 is
+// escaped as it is encoded.
 #pragma once
 
 #include <string_view>
@@ -16,9 +17,8 @@ char* escapeSlashes(std::string_view text, char* to);
 // a byte above 0x7f was copied. The output has room for end - p bytes.
 const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii);
 
-// What the two do without such a processor, and with the ends that fill no vector.
+// What it does without such a processor, and with the ends that fill no vector.
 namespace plain {
-char* escapeSlashes(std::string_view text, char* to);
 const char* copyPlain(const char* p, const char* end, char*& to, bool& nonAscii);
 }  // namespace plain
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Base64Avx2.h"
+#include "Base64Pieces.h"
 #include "Base64Plain.h"
 #include "control/Base64.h"
 
@@ -115,6 +116,18 @@ TEST(Base64, theNarrowerVectorsAreTheSame) {
   }
 }
 
+// What processors without the widest vectors do, and others with the ends of texts only.
+TEST(Base64, escapedEncodingInPiecesIsTheSame) {
+  for (const std::size_t length : {0U, 1U, 63U, 6'143U, 6'144U, 6'145U, 12'288U, 48'000U}) {
+    for (const Bytes& bytes : {Bytes(length, '\xff'), randomBytes(length, 11)}) {
+      const std::string expected = withEscapedSlashes(plainEncode(bytes));
+      std::vector<char> text((length + 2) / 3 * 8);
+      const char* const end = base64::encodeEscapedInPieces(bytes, text.data());
+      ASSERT_EQ(std::string(static_cast<const char*>(text.data()), end), expected) << length;
+    }
+  }
+}
+
 TEST(Base64, everyByteAndEveryPairOfSextetsSurvives) {
   for (int high = 0; high < 64; ++high) {
     std::string text;
@@ -190,7 +203,7 @@ TEST(Base64, escapedEncodingHoldsWhenNothingButSlashesCome) {
   }
 }
 
-// Each pattern of slashes within a vector, and lengths past the pieces that the encoder works in.
+// Each pattern of slashes within a vector, and the lengths of real answers.
 TEST(Base64, escapedEncodingHoldsForSlashesMixedIn) {
   std::mt19937 random(5);
   for (int round = 0; round < 300; ++round) {

@@ -29,7 +29,7 @@ class HostStream {
   static constexpr std::size_t bufferBytes = 262'144;
   // Frames of a stream that carry nothing; a host that sends more means it to have no end.
   static constexpr int maxEmptyFrames = 1'000;
-  static constexpr int maxSilences = 3;
+  static constexpr int maxSilences = 2;
 
   using Head = ControlStreamFrame::Head;
 
